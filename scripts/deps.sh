@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# Installs, with apt, what building and testing libqxmath needs and the
+# machine lacks. Needs root only when something is missing.
+#   scripts/deps.sh build   compiler and CMake
+#   scripts/deps.sh test    also GoogleTest and the tools of the test run
+set -euo pipefail
+want=(g++ cmake make pkg-config)
+if [ "${1:-build}" = test ]; then
+  want+=(libgtest-dev libgmock-dev binutils)
+fi
+missing=()
+for p in "${want[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+if [ "$(id -u)" -ne 0 ]; then
+  echo "deps: missing ${missing[*]}; run as root or install them with apt-get" >&2
+  exit 1
+fi
+echo "deps: installing ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+apt-get update -qq
+apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
