@@ -6,6 +6,7 @@
 //
 // --scale sets the model scale (default 1.0), --fine the precision switch;
 // --origin moves the WCS origin. The output is plain text, one item a line.
+#include <charconv>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -32,6 +33,16 @@ bool parse_double(const char *text, double *out)
     if (end == text || *end != '\0' || errno == ERANGE || !std::isfinite(v)) return false;
     *out = v;
     return true;
+}
+
+// Shortest text that reads back as the same double.
+const char *num(double v)
+{
+    static char buf[4][32];
+    static int next = 0;
+    char *out = buf[next++ % 4];
+    *std::to_chars(out, out + 31, v).ptr = '\0';
+    return out;
 }
 
 } // namespace
@@ -70,22 +81,23 @@ int main(int argc, char **argv)
     WCS__set_matrix_values(identity);
     std::memcpy(acom_.wcs_origin, origin, sizeof origin);
 
-    std::printf("model scale              %.17g\n", ACOM_ask_MEC());
+    std::printf("model scale              %s\n", num(ACOM_ask_MEC()));
     std::printf("precision                %s\n", fine ? "fine" : "standard");
-    std::printf("number tolerance         %.17g\n", EQ_ask_number_tolerance());
-    std::printf("length tolerance         %.17g\n", EQ_ask_length_tolerance());
-    std::printf("length-squared tolerance %.17g\n", EQ_ask_length_squared_tolerance());
+    std::printf("number tolerance         %s\n", num(EQ_ask_number_tolerance()));
+    std::printf("length tolerance         %s\n", num(EQ_ask_length_tolerance()));
+    std::printf("length-squared tolerance %s\n", num(EQ_ask_length_squared_tolerance()));
     const int slot7 = 7;
     const double one = 1.0;
     double coarse = 0.0;
     sys22_(&one, &slot7, &coarse);
-    std::printf("scaled squared tolerance %.17g\n", coarse);
+    std::printf("scaled squared tolerance %s\n", num(coarse));
 
     double csys[12];
     WCS_ask_coordinate_system(csys);
-    std::printf("WCS origin               %.17g %.17g %.17g\n", csys[0], csys[1], csys[2]);
+    std::printf("WCS origin               %s %s %s\n", num(csys[0]), num(csys[1]),
+                num(csys[2]));
     for (int r = 0; r < 3; ++r)
-        std::printf("WCS %c axis               %.17g %.17g %.17g\n", "XYZ"[r], csys[3 + 3 * r],
-                    csys[4 + 3 * r], csys[5 + 3 * r]);
+        std::printf("WCS %c axis               %s %s %s\n", "XYZ"[r], num(csys[3 + 3 * r]),
+                    num(csys[4 + 3 * r]), num(csys[5 + 3 * r]));
     return 0;
 }

@@ -20,6 +20,17 @@ bool mx_gt_y(double x, double y, double abs_tol, double rel_tol);
 // end tests can succeed.
 bool mx_in_closed_interval(double x, double low, double high, double abs_tol, double rel_tol);
 
+// A persistent, byte-for-byte copy of a host block (its whole SM_length),
+// for data that must outlive the host's current operation. NULL gives NULL.
+// When the host has no persistent memory, reports "Failed to allocate
+// permanent memory for transient conversion of %d bytes" with the block's
+// length from file/line (the caller's) and returns NULL if the report
+// returns. The source block is left to the caller.
+void *qx_persistent_copy(const void *block, const char *file, int line);
+
 } // extern "C"
+
+// The copy, reported from the calling file and line.
+#define QX_PERSISTENT_COPY(block) qx_persistent_copy((block), QX_SOURCE_FILE, __LINE__)
 
 #endif

@@ -18,7 +18,7 @@ run(${WORK_DIR}/consumer/consumer)
 
 file(GLOB pcdir ${prefix}/lib*/pkgconfig ${prefix}/lib/*/pkgconfig)
 set(ENV{PKG_CONFIG_PATH} "${pcdir}")
-execute_process(COMMAND pkg-config --cflags --libs qxsys qxmath
+execute_process(COMMAND pkg-config --cflags --libs qxmath qxsys
                 OUTPUT_VARIABLE pc RESULT_VARIABLE rc OUTPUT_STRIP_TRAILING_WHITESPACE)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "pkg-config does not know qxsys/qxmath in ${pcdir}")
