@@ -75,6 +75,17 @@ void copy_file_name(char (&to)[QXSYS_FILE_MAX], const char *file)
     to[n] = '\0';
 }
 
+// A report with everything but its text.
+qxsys_report start_report(qxsys_kind kind, const char *file, int line, int code)
+{
+    qxsys_report report{};
+    report.kind = kind;
+    copy_file_name(report.file, file);
+    report.line = line;
+    report.code = code;
+    return report;
+}
+
 void format_text(char (&to)[QXSYS_TEXT_MAX], const char *format, va_list args)
 {
     if (format == nullptr) {
@@ -148,11 +159,7 @@ QXMATH_HOST int MACH__checking_level = level_from_environment();
 
 QXMATH_HOST void ERROR_internal(const char *file, int line, const char *format, ...)
 {
-    qxsys_report report{};
-    report.kind = QXSYS_INTERNAL;
-    copy_file_name(report.file, file);
-    report.line = line;
-    report.code = 0;
+    qxsys_report report = start_report(QXSYS_INTERNAL, file, line, 0);
     va_list args;
     va_start(args, format);
     format_text(report.text, format, args);
@@ -162,11 +169,7 @@ QXMATH_HOST void ERROR_internal(const char *file, int line, const char *format, 
 
 QXMATH_HOST void ERROR_raise(const char *file, int line, int code, const char *message)
 {
-    qxsys_report report{};
-    report.kind = QXSYS_RAISE;
-    copy_file_name(report.file, file);
-    report.line = line;
-    report.code = code;
+    qxsys_report report = start_report(QXSYS_RAISE, file, line, code);
     if (message == nullptr) message = "";
     const size_t n = strnlen(message, QXSYS_TEXT_MAX - 1);
     std::memcpy(report.text, message, n);
@@ -176,11 +179,7 @@ QXMATH_HOST void ERROR_raise(const char *file, int line, int code, const char *m
 
 QXMATH_HOST void ERROR_note(const char *file, int line, const char *format, ...)
 {
-    qxsys_report report{};
-    report.kind = QXSYS_NOTE;
-    copy_file_name(report.file, file);
-    report.line = line;
-    report.code = 0;
+    qxsys_report report = start_report(QXSYS_NOTE, file, line, 0);
     va_list args;
     va_start(args, format);
     format_text(report.text, format, args);
@@ -190,11 +189,7 @@ QXMATH_HOST void ERROR_note(const char *file, int line, const char *format, ...)
 
 QXMATH_HOST void ERROR_lprintf(const char *format, ...)
 {
-    qxsys_report report{};
-    report.kind = QXSYS_LOG;
-    report.file[0] = '\0';
-    report.line = 0;
-    report.code = 0;
+    qxsys_report report = start_report(QXSYS_LOG, nullptr, 0, 0);
     va_list args;
     va_start(args, format);
     format_text(report.text, format, args);

@@ -199,16 +199,6 @@ TEST_F(Host, NotesAndLogLinesGoToTheLogStream)
     EXPECT_EQ(err.text(), "");
 }
 
-TEST_F(Host, ResetRestoresTheDefaultStreams)
-{
-    Capture log;
-    qxsys_set_log_stream(log.file());
-    qxsys_set_error_stream(log.file());
-    qxsys_reset();
-    EXPECT_EQ(qxsys_set_error_stream(nullptr), stderr);
-    EXPECT_NE(qxsys_set_log_stream(nullptr), log.file());
-}
-
 TEST_F(Host, LongTextsAndFileNamesAreTruncated)
 {
     const std::string big(5000, 'x');
@@ -647,24 +637,6 @@ TEST_F(Host, CallbacksMayChangeTheTableWhileRunning)
     log.order.clear();
     CALLBACK_call_list(1, nullptr);
     EXPECT_EQ(log.order, "RNB");
-    g_log = nullptr;
-}
-
-TEST_F(Host, CallbackTableIsBoundedAndReset)
-{
-    std::vector<int> handles;
-    for (int i = 0; i < QXSYS_CALLBACK_MAX; ++i) {
-        handles.push_back(qxsys_callback_register(2, tag_b, nullptr));
-        ASSERT_GT(handles.back(), 0);
-    }
-    EXPECT_EQ(qxsys_callback_register(2, tag_b, nullptr), 0);
-    EXPECT_EQ(qxsys_callback_unregister(handles[10]), 1);
-    EXPECT_GT(qxsys_callback_register(2, tag_b, nullptr), 0);
-    qxsys_reset();
-    Log log;
-    g_log = &log;
-    CALLBACK_call_list(2, nullptr);
-    EXPECT_EQ(log.order, "");
     g_log = nullptr;
 }
 
