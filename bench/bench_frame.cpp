@@ -5,7 +5,8 @@
 #include <qxmath/qxmath.h>
 #include <qxsys/qxsys.h>
 
-namespace {
+namespace
+{
 
 void open_session()
 {

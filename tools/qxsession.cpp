@@ -16,7 +16,8 @@
 #include <qxmath/qxmath.h>
 #include <qxsys/qxsys.h>
 
-namespace {
+namespace
+{
 
 int usage(const char *why)
 {
@@ -94,8 +95,7 @@ int main(int argc, char **argv)
 
     double csys[12];
     WCS_ask_coordinate_system(csys);
-    std::printf("WCS origin               %s %s %s\n", num(csys[0]), num(csys[1]),
-                num(csys[2]));
+    std::printf("WCS origin               %s %s %s\n", num(csys[0]), num(csys[1]), num(csys[2]));
     for (int r = 0; r < 3; ++r)
         std::printf("WCS %c axis               %s %s %s\n", "XYZ"[r], num(csys[3 + 3 * r]),
                     num(csys[4 + 3 * r]), num(csys[5 + 3 * r]));

@@ -6,11 +6,13 @@
 
 #include <qxsys/qxsys.h>
 
-namespace qxsys_detail {
+namespace qxsys_detail
+{
 __attribute__((visibility("hidden"))) void callbacks_reset();
 }
 
-namespace {
+namespace
+{
 
 struct Registration {
     int handle;

@@ -7,7 +7,8 @@
 
 #include <qxsys/qxsys.h>
 
-namespace {
+namespace
+{
 
 // |z| without needless overflow, as f2c computes it.
 double complex_abs(double re, double im)

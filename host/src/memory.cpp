@@ -10,7 +10,8 @@
 
 #include <qxsys/qxsys.h>
 
-namespace {
+namespace
+{
 
 constexpr std::uint32_t live_magic = 0x51585359u; // "QXSY"
 constexpr std::uint32_t dead_magic = 0x44454144u; // "DEAD"
@@ -53,8 +54,8 @@ void *payload_of(Header *h) { return h + 1; }
 
 [[noreturn]] void bad_block(const char *service, const void *block)
 {
-    std::fprintf(stderr, "qxsys: %s of a block that is not a live libqxsys block (%p)\n",
-                 service, block);
+    std::fprintf(stderr, "qxsys: %s of a block that is not a live libqxsys block (%p)\n", service,
+                 block);
     std::fflush(stderr);
     std::abort();
 }
@@ -63,8 +64,7 @@ void *payload_of(Header *h) { return h + 1; }
 Header *header_of(const void *block, const char *service)
 {
     Header *h = static_cast<Header *>(const_cast<void *>(block)) - 1;
-    if (h->magic != live_magic ||
-        (h->kind != QXSYS_TRANSIENT && h->kind != QXSYS_PERSISTENT)) {
+    if (h->magic != live_magic || (h->kind != QXSYS_TRANSIENT && h->kind != QXSYS_PERSISTENT)) {
         bad_block(service, block);
     }
     return h;
@@ -111,8 +111,8 @@ void *fail(std::uint32_t kind, std::size_t bytes)
 {
     ++failures;
     if (kind == QXSYS_TRANSIENT) {
-        const int shown = bytes > static_cast<std::size_t>(INT_MAX) ? INT_MAX
-                                                                     : static_cast<int>(bytes);
+        const int shown =
+            bytes > static_cast<std::size_t>(INT_MAX) ? INT_MAX : static_cast<int>(bytes);
         ERROR_internal("qxsys_memory", __LINE__, "Failed to allocate %d bytes", shown);
     }
     return nullptr;

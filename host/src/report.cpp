@@ -12,11 +12,13 @@
 #include <qxsys/qxsys.h>
 
 // Provided by callback.cpp: forgets every registration and reason mapping.
-namespace qxsys_detail {
+namespace qxsys_detail
+{
 __attribute__((visibility("hidden"))) void callbacks_reset();
 }
 
-namespace {
+namespace
+{
 
 // Value of QX_CHECKING_LEVEL, 0 when unset or not a number.
 int level_from_environment()
@@ -35,9 +37,9 @@ int level_from_environment()
 }
 
 qxsys_report history[QXSYS_HISTORY];
-int history_next = 0;    // slot the next report goes to
-int history_size = 0;    // recorded reports, at most QXSYS_HISTORY
-long report_total = 0;   // reports since the last clear
+int history_next = 0;  // slot the next report goes to
+int history_size = 0;  // recorded reports, at most QXSYS_HISTORY
+long report_total = 0; // reports since the last clear
 
 qxsys_handler handler = nullptr;
 void *handler_user = nullptr;
@@ -132,8 +134,7 @@ void deliver_error(const qxsys_report &report)
         std::fprintf(out, "qxsys: %s at %s:%d: code %d: %s\n", kind, report.file, report.line,
                      report.code, report.text);
     } else {
-        std::fprintf(out, "qxsys: %s at %s:%d: %s\n", kind, report.file, report.line,
-                     report.text);
+        std::fprintf(out, "qxsys: %s at %s:%d: %s\n", kind, report.file, report.line, report.text);
     }
     std::fflush(out);
 }

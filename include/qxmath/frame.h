@@ -20,7 +20,7 @@ QXMATH_BEGIN_DECLS
 /* Codes passed to ERROR_raise. Several messages share a code on purpose:
  * the code names the class of fault, the message the place. */
 enum {
-    QX_ERR_VECTOR = 17,                       /* null vector, zero determinant */
+    QX_ERR_VECTOR = 17, /* null vector, zero determinant */
     QX_ERR_POINT_POSITION_TOO_LARGE = 1005302,
     QX_ERR_PARAMETERS_NULL = 1005303,
     QX_ERR_NO_POINTS = 1005304,

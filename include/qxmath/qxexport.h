@@ -7,8 +7,8 @@
 #define QXMATH_QXEXPORT_H
 
 #if defined(__GNUC__) || defined(__clang__)
-#define QXMATH_API  __attribute__((visibility("default")))
-#define QXMATH_HOST __attribute__((visibility("default")))
+#define QXMATH_API                __attribute__((visibility("default")))
+#define QXMATH_HOST               __attribute__((visibility("default")))
 #define QXMATH_PRINTF(fmt, first) __attribute__((format(printf, fmt, first)))
 #else
 #define QXMATH_API

@@ -38,35 +38,35 @@ QXMATH_BEGIN_DECLS
  * 47 WCS not linked to view, 48 WCS permanent, 49 WCS display state (also
  * "temporary"), 50 WCS tag, 51 MESW, 73 run mode (2 = batch). */
 typedef struct qx_acom {
-    unsigned char reserved_0[320];    /*    0 */
-    unsigned char cleared_320[96];    /*  320: cleared by sys10_ */
-    double d416[27];                  /*  416 */
-    double d632[50];                  /*  632: kept by sys10_ mode 1 */
-    double d1032;                     /* 1032: 0.0 after sys10_ */
-    double model_scale;               /* 1040: ACOM_ask_MEC */
-    double d1048[9];                  /* 1048 */
-    double tolerance[8];              /* 1120: the tolerance table (frame.h) */
-    double d1184[8];                  /* 1184 */
-    double d1248[15];                 /* 1248 */
-    double d1368[9];                  /* 1368 */
-    double wcs_matrix[9];             /* 1440: rows = WCS X, Y, Z axes */
-    double wcs_origin[3];             /* 1512 */
-    unsigned char reserved_1536[160]; /* 1536 */
-    int dss_df;                       /* 1696: 1 enabled, 2 disabled */
-    unsigned char reserved_1700[332]; /* 1700 */
-    int display_count;                /* 2032: display buffer count */
+    unsigned char reserved_0[320];            /*    0 */
+    unsigned char cleared_320[96];            /*  320: cleared by sys10_ */
+    double d416[27];                          /*  416 */
+    double d632[50];                          /*  632: kept by sys10_ mode 1 */
+    double d1032;                             /* 1032: 0.0 after sys10_ */
+    double model_scale;                       /* 1040: ACOM_ask_MEC */
+    double d1048[9];                          /* 1048 */
+    double tolerance[8];                      /* 1120: the tolerance table (frame.h) */
+    double d1184[8];                          /* 1184 */
+    double d1248[15];                         /* 1248 */
+    double d1368[9];                          /* 1368 */
+    double wcs_matrix[9];                     /* 1440: rows = WCS X, Y, Z axes */
+    double wcs_origin[3];                     /* 1512 */
+    unsigned char reserved_1536[160];         /* 1536 */
+    int dss_df;                               /* 1696: 1 enabled, 2 disabled */
+    unsigned char reserved_1700[332];         /* 1700 */
+    int display_count;                        /* 2032: display buffer count */
     int display_items[QX_DISPLAY_BUFFER_MAX]; /* 2036 */
-    int i4084;                        /* 4084: cleared with the buffer */
-    int i4088[43];                    /* 4088: kept by sys10_ mode 1 */
-    unsigned char cleared_4260[80];   /* 4260: cleared by b120a_ */
-    int i4340;                        /* 4340 */
-    int i4344;                        /* 4344 */
-    int i4348;                        /* 4348 */
-    int i4352;                        /* 4352: kept by sys10_ mode 1 */
-    int i4356;                        /* 4356 */
-    int i4360;                        /* 4360 */
-    int i4364[104];                   /* 4364: with gca[0], kept by mode 1 */
-    int gca[QX_ACOM_GCA_WORDS];       /* 4780: GCA(k) */
+    int i4084;                                /* 4084: cleared with the buffer */
+    int i4088[43];                            /* 4088: kept by sys10_ mode 1 */
+    unsigned char cleared_4260[80];           /* 4260: cleared by b120a_ */
+    int i4340;                                /* 4340 */
+    int i4344;                                /* 4344 */
+    int i4348;                                /* 4348 */
+    int i4352;                                /* 4352: kept by sys10_ mode 1 */
+    int i4356;                                /* 4356 */
+    int i4360;                                /* 4360 */
+    int i4364[104];                           /* 4364: with gca[0], kept by mode 1 */
+    int gca[QX_ACOM_GCA_WORDS];               /* 4780: GCA(k) */
 } qx_acom;
 
 /* Two doubles; read back crossed by pxsfac_read_psqx_. */

@@ -30,20 +30,18 @@
 // Failed condition reported with its own printf-style message.
 #define QX_CHECK(cond, ...)                                                                        \
     do {                                                                                           \
-        if (QX_CHECKING() && !(cond))                                                              \
-            ERROR_internal(QX_SOURCE_FILE, __LINE__, __VA_ARGS__);                                 \
+        if (QX_CHECKING() && !(cond)) ERROR_internal(QX_SOURCE_FILE, __LINE__, __VA_ARGS__);       \
     } while (0)
 
 // Failed condition raised as a coded error (codes in <qxmath/frame.h>).
 #define QX_CHECK_RAISE(cond, code, message)                                                        \
     do {                                                                                           \
-        if (QX_CHECKING() && !(cond))                                                              \
-            ERROR_raise(QX_SOURCE_FILE, __LINE__, (code), (message));                              \
+        if (QX_CHECKING() && !(cond)) ERROR_raise(QX_SOURCE_FILE, __LINE__, (code), (message));    \
     } while (0)
 
 // Unconditional reports, for the places that report whatever the level.
-#define QX_INTERNAL(...)          ERROR_internal(QX_SOURCE_FILE, __LINE__, __VA_ARGS__)
-#define QX_RAISE(code, message)   ERROR_raise(QX_SOURCE_FILE, __LINE__, (code), (message))
-#define QX_NOTE(...)              ERROR_note(QX_SOURCE_FILE, __LINE__, __VA_ARGS__)
+#define QX_INTERNAL(...)        ERROR_internal(QX_SOURCE_FILE, __LINE__, __VA_ARGS__)
+#define QX_RAISE(code, message) ERROR_raise(QX_SOURCE_FILE, __LINE__, (code), (message))
+#define QX_NOTE(...)            ERROR_note(QX_SOURCE_FILE, __LINE__, __VA_ARGS__)
 
 #endif

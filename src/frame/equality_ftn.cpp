@@ -18,9 +18,15 @@ int eqz_(const double *a, const double *b, const int *kind)
     const double d = std::fabs(*a - *b);
     double tol;
     switch (*kind) {
-    case 0: tol = qx_tolerance(0); break;
-    case 1: tol = qx_tolerance(1); break;
-    case 2: tol = qx_tolerance(2); break;
+    case 0:
+        tol = qx_tolerance(0);
+        break;
+    case 1:
+        tol = qx_tolerance(1);
+        break;
+    case 2:
+        tol = qx_tolerance(2);
+        break;
     default: // squared dimensionless quantities
         tol = qx_tolerance(0) * qx_tolerance(0);
         break;

@@ -11,7 +11,8 @@
 
 #include <qxmath/qxhost.h>
 
-namespace {
+namespace
+{
 
 // Both differences exceed their tolerance. Not the negation of mx_eq_y: a
 // NaN makes both false.

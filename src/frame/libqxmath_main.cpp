@@ -49,7 +49,8 @@ static_assert(offsetof(qx_acom, gca) + 73 * sizeof(int) == 5072);
 static_assert(sizeof(qx_acom) == QX_ACOM_SIZE);
 static_assert(sizeof(qx_pxsfac) == 2 * sizeof(double));
 
-namespace {
+namespace
+{
 
 qx_display_fn display_fn = nullptr;
 

@@ -19,7 +19,8 @@
 
 #include <qxsys/qxsys.h>
 
-namespace {
+namespace
+{
 
 std::vector<std::string> read_names(const std::string &path)
 {
@@ -76,7 +77,8 @@ DynamicSymbols read_elf(const std::string &path)
             }
         } else if (sh.sh_type == SHT_DYNAMIC) {
             const char *strtab = base + sections[sh.sh_link].sh_offset;
-            for (std::size_t off = 0; off + sizeof(Elf64_Dyn) <= sh.sh_size; off += sizeof(Elf64_Dyn)) {
+            for (std::size_t off = 0; off + sizeof(Elf64_Dyn) <= sh.sh_size;
+                 off += sizeof(Elf64_Dyn)) {
                 Elf64_Dyn dyn;
                 std::memcpy(&dyn, base + sh.sh_offset + off, sizeof dyn);
                 if (dyn.d_tag == DT_SONAME) out.soname = strtab + dyn.d_un.d_val;

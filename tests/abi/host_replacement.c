@@ -51,7 +51,11 @@ void *SM_calloc(size_t count, size_t size) { return calloc(count ? count : 1, si
 void *SM_calloc_persistent(size_t count, size_t size) { return SM_calloc(count, size); }
 void *SM_realloc(void *block, size_t bytes) { return realloc(block, bytes ? bytes : 1); }
 void SM_free(void *block) { free(block); }
-size_t SM_length(const void *block) { (void)block; return 0; }
+size_t SM_length(const void *block)
+{
+    (void)block;
+    return 0;
+}
 
 int QX_REASON_ask_reason_number(int reason_id)
 {
@@ -77,9 +81,20 @@ void F2C_pow_zz(double *result, const double *a, const double *b)
 double F2Cdimag(const double *z) { return z[1]; }
 double F2Cdsign(const double *a, const double *b) { return *b >= 0 ? fabs(*a) : -fabs(*a); }
 int int_overflow_to_zero_(const double *x) { return (int)*x; }
-void movf_(const int *n, const double *from, double *to) { memmove(to, from, (size_t)*n * sizeof *to); }
-void wf256_(const int *n, const int *value, int *to) { int i; for (i = 0; i < *n; ++i) to[i] = *value; }
-void wf266_(const int *n, const double *value, double *to) { int i; for (i = 0; i < *n; ++i) to[i] = *value; }
+void movf_(const int *n, const double *from, double *to)
+{
+    memmove(to, from, (size_t)*n * sizeof *to);
+}
+void wf256_(const int *n, const int *value, int *to)
+{
+    int i;
+    for (i = 0; i < *n; ++i) to[i] = *value;
+}
+void wf266_(const int *n, const double *value, double *to)
+{
+    int i;
+    for (i = 0; i < *n; ++i) to[i] = *value;
+}
 
 /* ---- the checks --------------------------------------------------------- */
 
@@ -91,7 +106,7 @@ static int passed, failed;
             ++passed;                                                                              \
         } else {                                                                                   \
             ++failed;                                                                              \
-            fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond);            \
+            fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond);               \
         }                                                                                          \
     } while (0)
 

@@ -6,9 +6,12 @@
 #include "frame/check.h"
 #include "support/qx_test.h"
 
-namespace {
+namespace
+{
 
-class Checks : public qxtest::QxTest {};
+class Checks : public qxtest::QxTest
+{
+};
 
 int evaluations = 0;
 bool counted(bool value)

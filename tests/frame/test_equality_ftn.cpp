@@ -4,11 +4,14 @@
 
 #include "support/qx_test.h"
 
-namespace {
+namespace
+{
 
 using qxtest::QxTest;
 
-class Tolerances : public QxTest {};
+class Tolerances : public QxTest
+{
+};
 
 int eqz(double a, double b, int kind) { return eqz_(&a, &b, &kind); }
 

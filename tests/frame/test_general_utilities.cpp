@@ -6,14 +6,15 @@
 #include "frame/general_utilities.h"
 #include "support/qx_test.h"
 
-namespace {
+namespace
+{
 
 constexpr double nan_ = NAN;
 
 TEST(TolerantCompare, EqualByAbsoluteOrRelativeTest)
 {
     EXPECT_TRUE(mx_eq_y(1.0, 1.0, 0.0, 0.0));
-    EXPECT_TRUE(mx_eq_y(1.0, 1.5, 0.5, 0.0));  // absolute test, inclusive
+    EXPECT_TRUE(mx_eq_y(1.0, 1.5, 0.5, 0.0)); // absolute test, inclusive
     EXPECT_FALSE(mx_eq_y(1.0, 1.5, 0.49, 0.0));
     // 0.5 <= 1e-3 * 1000.5: equal by the relative test, scaled by the larger.
     EXPECT_TRUE(mx_eq_y(1000.0, 1000.5, 1e-3, 1e-3));
@@ -55,7 +56,9 @@ TEST(TolerantCompare, ClosedIntervalWithTolerantEnds)
     EXPECT_FALSE(mx_in_closed_interval(nan_, 0.0, 1.0, 1.0, 1.0));
 }
 
-class PersistentCopy : public qxtest::QxTest {};
+class PersistentCopy : public qxtest::QxTest
+{
+};
 
 TEST_F(PersistentCopy, CopiesWholeBlockAndReportsFailure)
 {
@@ -79,7 +82,8 @@ TEST_F(PersistentCopy, CopiesWholeBlockAndReportsFailure)
     EXPECT_EQ(err->kind, QXSYS_INTERNAL);
     EXPECT_STREQ(err->file, "bcdf_gen");
     EXPECT_EQ(err->line, 42);
-    EXPECT_STREQ(err->text, "Failed to allocate permanent memory for transient conversion of 37 bytes");
+    EXPECT_STREQ(err->text,
+                 "Failed to allocate permanent memory for transient conversion of 37 bytes");
     // A host that returns gets NULL.
     qxsys_fail_allocation(1);
     EXPECT_EQ(qx_persistent_copy(src, "bcdf_gen", 43), nullptr);

@@ -7,7 +7,8 @@
 
 #include "support/qx_test.h"
 
-namespace {
+namespace
+{
 
 using qxtest::QxTest;
 
@@ -27,7 +28,10 @@ struct Image {
     {
         for (size_t k = 0; k < n; ++k) std::memcpy(&bytes[pos + 4 * k], &v, 4);
     }
-    void gca(int first, int last, int v) { ints(4780 + 4 * size_t(first), size_t(last - first + 1), v); }
+    void gca(int first, int last, int v)
+    {
+        ints(4780 + 4 * size_t(first), size_t(last - first + 1), v);
+    }
 };
 
 Image after_sys10(int mode)
@@ -58,7 +62,9 @@ Image after_sys10(int mode)
     return e;
 }
 
-class Session : public QxTest {};
+class Session : public QxTest
+{
+};
 
 TEST_F(Session, Sys10WritesExactlyItsRegions)
 {

@@ -26,9 +26,11 @@ int qxsys_c_no_error(void);
 int qxsys_c_catch_alloc(long n, size_t bytes, qxsys_report *caught);
 }
 
-namespace {
+namespace
+{
 
-class Host : public ::testing::Test {
+class Host : public ::testing::Test
+{
   protected:
     void SetUp() override
     {
@@ -67,7 +69,8 @@ class Host : public ::testing::Test {
 };
 
 // A tmpfile() that gives back what was written to it.
-class Capture {
+class Capture
+{
   public:
     Capture() : file_(std::tmpfile()) {}
     ~Capture() { std::fclose(file_); }
@@ -569,10 +572,7 @@ void tag_a(int reason, void *data, void *user)
     g_log->data = data;
 }
 
-void tag_b(int, void *, void *)
-{
-    g_log->order += 'B';
-}
+void tag_b(int, void *, void *) { g_log->order += 'B'; }
 
 void self_removing(int, void *, void *)
 {
@@ -656,22 +656,10 @@ TEST_F(Host, ReasonNumbersAreMapped)
 
 // ---- f2c ----------------------------------------------------------------------
 
-double dmod(double x, double y)
-{
-    return F2C_dmod(&x, &y);
-}
-double pow_di(double a, int n)
-{
-    return F2C_pow_di(&a, &n);
-}
-double dsign(double a, double b)
-{
-    return F2Cdsign(&a, &b);
-}
-int to_int(double x)
-{
-    return int_overflow_to_zero_(&x);
-}
+double dmod(double x, double y) { return F2C_dmod(&x, &y); }
+double pow_di(double a, int n) { return F2C_pow_di(&a, &n); }
+double dsign(double a, double b) { return F2Cdsign(&a, &b); }
+int to_int(double x) { return int_overflow_to_zero_(&x); }
 
 TEST(F2c, DmodTruncatesTheQuotient)
 {

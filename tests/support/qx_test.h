@@ -16,11 +16,13 @@
 #include <qxsys/qxsys.h>
 #include <qxsys/qxsys.hpp>
 
-namespace qxtest {
+namespace qxtest
+{
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-class QxTest : public ::testing::Test {
+class QxTest : public ::testing::Test
+{
   protected:
     void SetUp() override
     {

@@ -76,8 +76,7 @@ typedef struct qxsys_report {
  * throw. Returns the previous handler (and its user pointer through
  * *previous_user when that is not NULL). */
 typedef void (*qxsys_handler)(const qxsys_report *report, void *user);
-QXSYS_API qxsys_handler qxsys_set_handler(qxsys_handler handler, void *user,
-                                          void **previous_user);
+QXSYS_API qxsys_handler qxsys_set_handler(qxsys_handler handler, void *user, void **previous_user);
 
 /* Number of reports made since the last qxsys_clear_reports(), of all kinds. */
 QXSYS_API long qxsys_report_count(void);
@@ -131,7 +130,7 @@ QXSYS_API qxsys_trap *qxsys_current_trap(void);
 typedef enum qxsys_block_kind { QXSYS_TRANSIENT = 1, QXSYS_PERSISTENT = 2 } qxsys_block_kind;
 
 typedef struct qxsys_memory_stats {
-    size_t transient_blocks;   /* live now */
+    size_t transient_blocks; /* live now */
     size_t transient_bytes;
     size_t persistent_blocks;
     size_t persistent_bytes;

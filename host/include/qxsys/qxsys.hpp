@@ -15,9 +15,11 @@
 
 #include "qxsys.h"
 
-namespace qxsys {
+namespace qxsys
+{
 
-class report_error : public std::runtime_error {
+class report_error : public std::runtime_error
+{
   public:
     explicit report_error(const qxsys_report &report)
         : std::runtime_error(std::string(report.file) + ":" + std::to_string(report.line) + ": " +
@@ -31,10 +33,12 @@ class report_error : public std::runtime_error {
     qxsys_report report_;
 };
 
-namespace detail {
+namespace detail
+{
 [[noreturn]] inline void throw_report(const qxsys_report *report) { throw report_error(*report); }
 
-class trap_scope {
+class trap_scope
+{
   public:
     trap_scope()
     {
