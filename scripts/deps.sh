@@ -3,11 +3,13 @@
 # machine lacks. Needs root only when something is missing.
 #   scripts/deps.sh build   compiler and CMake
 #   scripts/deps.sh test    also GoogleTest and the tools of the test run
+#   scripts/deps.sh bench   also Google Benchmark
 set -euo pipefail
 want=(g++ cmake make pkg-config)
-if [ "${1:-build}" = test ]; then
-  want+=(libgtest-dev libgmock-dev binutils)
-fi
+case "${1:-build}" in
+  test) want+=(libgtest-dev libgmock-dev binutils) ;;
+  bench) want+=(libbenchmark-dev) ;;
+esac
 missing=()
 for p in "${want[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
