@@ -124,10 +124,13 @@ QXMATH_API void v6051_(double matrix[9], double origin[3]);
 /* Replaces the matrix; the origin is untouched. The matrix is not checked. */
 QXMATH_API void WCS__set_matrix_values(const double matrix[9]);
 
+/* The WCS matrix tag, GCA(45), and the WCS tag, GCA(50): host object
+ * identifiers stored and handed back unchecked. */
 QXMATH_API void WCS__set_matrix_tag(int tag);
 QXMATH_API int WCS_ask_matrix_tag(void);
 QXMATH_API void WCS_set_tag(int tag);
 QXMATH_API int WCS_ask_tag(void);
+/* The host's grid, view-names and WCS skeletons: GCA(40), (41), (42). */
 QXMATH_API int WCS_ask_grid_skeleton(void);
 QXMATH_API int WCS_ask_view_names_skeleton(void);
 QXMATH_API int WCS_ask_skeleton(void);
@@ -140,6 +143,7 @@ QXMATH_API void WCS_set_linked_to_view(int linked);
 QXMATH_API int WCS_is_permanent(void);
 /* 1 when GCA(49), the display state, is 1: the two share one word. */
 QXMATH_API int WCS_is_temporary(void);
+/* GCA(49). */
 QXMATH_API void WCS_ask_wcs_display(int *display);
 /* Stores the display state (with checking on, a value other than 0 and 1 is
  * reported, "Assertion failed: %s" / "condition", and stored anyway), then

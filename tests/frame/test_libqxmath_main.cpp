@@ -276,6 +276,22 @@ TEST_F(Session, WcsDisplayNotifiesAndChecks)
     EXPECT_EQ(n.value, -2);
 }
 
+extern "C" int qx_c_set_display_trapped(int value, qxsys_report *caught);
+
+TEST_F(Session, CHostUnwindsByLongjmp)
+{
+    qxsys_report caught{};
+    EXPECT_EQ(qx_c_set_display_trapped(1, &caught), 0);
+    EXPECT_EQ(acom_.gca[49], 1);
+    EXPECT_EQ(qx_c_set_display_trapped(9, &caught), 1);
+    EXPECT_STREQ(caught.file, "libqxmath_main");
+    EXPECT_STREQ(caught.text, "Assertion failed: condition");
+    EXPECT_EQ(acom_.gca[49], 1);
+    EXPECT_EQ(qxsys_current_trap(), nullptr);
+    EXPECT_EQ(qx_c_set_display_trapped(0, &caught), 0);
+    EXPECT_EQ(acom_.gca[49], 0);
+}
+
 TEST_F(Session, DisplayColourChecksAtAnyNonZeroLevel)
 {
     for (int level : {1, -1}) {
