@@ -3,14 +3,11 @@
  * they observed. */
 #include <setjmp.h>
 #include <stddef.h>
-#include <string.h>
 
 #include <qxsys/qxsys.h>
 
 int qxsys_c_catch_raise(int code, const char *message, qxsys_report *caught);
 int qxsys_c_nested(qxsys_report *inner_caught, qxsys_report *outer_caught);
-int qxsys_c_no_error(void);
-int qxsys_c_catch_alloc(long n, size_t bytes, qxsys_report *caught);
 
 /* Raises inside a trap. Returns 1 when the trap caught the error (copied to
  * *caught) and was popped by it, 0 when the raise returned, -1 when the trap
@@ -61,37 +58,4 @@ int qxsys_c_nested(qxsys_report *inner_caught, qxsys_report *outer_caught)
     }
     if (qxsys_current_trap() == NULL) seen |= 8;
     return seen;
-}
-
-/* A trap left without error: pop leaves the trap stack empty. Returns 1. */
-int qxsys_c_no_error(void)
-{
-    volatile int ok = 0;
-    qxsys_trap trap;
-    qxsys_trap_push(&trap);
-    if (setjmp(trap.env) == 0) {
-        ok = qxsys_current_trap() == &trap;
-        qxsys_trap_pop(&trap);
-    } else {
-        return 0;
-    }
-    return ok && qxsys_current_trap() == NULL && trap.active == 0;
-}
-
-/* Arms the n-th allocation to fail and makes one SM_alloc of the given size
- * in a trap. Returns 1 when the failure unwound to the trap (*caught is the
- * report), 0 when the allocation succeeded (the block is freed again). */
-int qxsys_c_catch_alloc(long n, size_t bytes, qxsys_report *caught)
-{
-    qxsys_trap trap;
-    qxsys_fail_allocation(n);
-    qxsys_trap_push(&trap);
-    if (setjmp(trap.env) == 0) {
-        void *block = SM_alloc(bytes);
-        qxsys_trap_pop(&trap);
-        SM_free(block);
-        return 0;
-    }
-    *caught = trap.report;
-    return 1;
 }

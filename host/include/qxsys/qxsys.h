@@ -134,14 +134,14 @@ typedef struct qxsys_memory_stats {
     size_t transient_bytes;
     size_t persistent_blocks;
     size_t persistent_bytes;
-    unsigned long allocations; /* successful allocations ever made */
+    unsigned long allocations; /* successful allocations (and reallocations) ever made */
     unsigned long failures;    /* allocations that failed, injected or real */
 } qxsys_memory_stats;
 
 QXSYS_API void qxsys_memory_stats_get(qxsys_memory_stats *stats);
 /* Live blocks of both kinds. */
 QXSYS_API size_t qxsys_live_blocks(void);
-/* Kind of a live block (QXSYS_TRANSIENT or QXSYS_PERSISTENT). */
+/* Kind of a live block (QXSYS_TRANSIENT or QXSYS_PERSISTENT); 0 for NULL. */
 QXSYS_API qxsys_block_kind qxsys_block_kind_of(const void *block);
 
 /* Ends the current host operation: every live transient block is freed
