@@ -97,6 +97,15 @@ void format_text(char (&to)[QXSYS_TEXT_MAX], const char *format, va_list args)
     if (std::vsnprintf(to, sizeof to, format, args) < 0) to[0] = '\0';
 }
 
+// A report whose text is formatted from a printf-style format.
+qxsys_report formatted(qxsys_kind kind, const char *file, int line, const char *format,
+                       va_list args)
+{
+    qxsys_report report = start_report(kind, file, line, 0);
+    format_text(report.text, format, args);
+    return report;
+}
+
 // Records a report and runs the handler. The copy kept in the ring may be
 // overwritten by reports the handler makes; the caller's copy stays intact.
 void record(const qxsys_report &report)
@@ -160,10 +169,9 @@ QXMATH_HOST int MACH__checking_level = level_from_environment();
 
 QXMATH_HOST void ERROR_internal(const char *file, int line, const char *format, ...)
 {
-    qxsys_report report = start_report(QXSYS_INTERNAL, file, line, 0);
     va_list args;
     va_start(args, format);
-    format_text(report.text, format, args);
+    const qxsys_report report = formatted(QXSYS_INTERNAL, file, line, format, args);
     va_end(args);
     deliver_error(report);
 }
@@ -180,20 +188,18 @@ QXMATH_HOST void ERROR_raise(const char *file, int line, int code, const char *m
 
 QXMATH_HOST void ERROR_note(const char *file, int line, const char *format, ...)
 {
-    qxsys_report report = start_report(QXSYS_NOTE, file, line, 0);
     va_list args;
     va_start(args, format);
-    format_text(report.text, format, args);
+    const qxsys_report report = formatted(QXSYS_NOTE, file, line, format, args);
     va_end(args);
     deliver_log(report);
 }
 
 QXMATH_HOST void ERROR_lprintf(const char *format, ...)
 {
-    qxsys_report report = start_report(QXSYS_LOG, nullptr, 0, 0);
     va_list args;
     va_start(args, format);
-    format_text(report.text, format, args);
+    const qxsys_report report = formatted(QXSYS_LOG, nullptr, 0, format, args);
     va_end(args);
     deliver_log(report);
 }

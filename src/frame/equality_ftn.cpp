@@ -16,20 +16,9 @@ double EQ_ask_length_squared_tolerance(void) { return qx_tolerance(2); }
 int eqz_(const double *a, const double *b, const int *kind)
 {
     const double d = std::fabs(*a - *b);
-    double tol;
-    switch (*kind) {
-    case 0:
-        tol = qx_tolerance(0);
-        break;
-    case 1:
-        tol = qx_tolerance(1);
-        break;
-    case 2:
-        tol = qx_tolerance(2);
-        break;
-    default: // squared dimensionless quantities
-        tol = qx_tolerance(0) * qx_tolerance(0);
-        break;
-    }
+    // Kinds 0, 1, 2 name their slot; any other compares squared
+    // dimensionless quantities.
+    const int k = *kind;
+    const double tol = (k >= 0 && k <= 2) ? qx_tolerance(k) : qx_tolerance(0) * qx_tolerance(0);
     return d <= tol ? 1 : 0;
 }
