@@ -7,8 +7,8 @@
 set -euo pipefail
 want=(g++ cmake make pkg-config)
 case "${1:-build}" in
-  test) want+=(libgtest-dev libgmock-dev binutils) ;;
-  bench) want+=(libbenchmark-dev) ;;
+  test) want+=(libgtest-dev libgmock-dev binutils libeigen3-dev libgsl-dev) ;;
+  bench) want+=(libbenchmark-dev libeigen3-dev liblapack-dev) ;;
 esac
 missing=()
 for p in "${want[@]}"; do

@@ -12,5 +12,11 @@
 #include "qxhost.h"
 #include "frame.h"
 #include "session.h"
+#include "vector.h"
+#include "orientation.h"
+#include "solvers.h"
+#include "matrix.h"
+#include "pntlst.h"
+#include "bcdf.h"
 
 #endif
