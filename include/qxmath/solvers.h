@@ -43,7 +43,8 @@ QXMATH_API int SOLVE_solve_3equations(const double m[9], const double b[3], doub
  *   nrhs  number of right-hand sides; below 1 a is decomposed and b is
  *         not touched
  * Returns 0 on success, otherwise the code of ludcmp_a (1: a row of a is
- * entirely zero; a and b are then unchanged). Any other singularity is not
+ * entirely zero; 2: its own scratch vector could not be had; a and b are
+ * then unchanged). Any other singularity is not
  * detected: ludcmp_a replaces a zero pivot by 1.0e-20 and the solution comes
  * out huge. Returns -1, with a and b unchanged, when the host could not give
  * the scratch vectors (n ints and n doubles, freed on every path) and its
@@ -105,8 +106,8 @@ QXMATH_API void mdecompose_banded(double **a, int n, int m);
  *   b     in/out  n doubles: the right-hand side on entry, x on return
  * A diagonal element of magnitude below 1.0e-15 (or NaN) pushes 7235,
  * level 4, and returns with b partly solved (the rows below it are done;
- * its own sum subtracted, not yet divided). Each row's sum is formed from 0.0
- * in increasing column order and then subtracted from b[i] once. A
+ * its products subtracted, not yet divided). Each row subtracts its
+ * products from b[i] one at a time in increasing column order. A
  * NULL handle or vector pushes 950, level 4, and changes nothing. */
 QXMATH_API void msolve_banded(double *const *a, int n, int m, double *b);
 

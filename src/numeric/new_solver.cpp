@@ -12,8 +12,8 @@
 //
 // The arithmetic is fixed to the operation: the factorisation divides each
 // multiplier by its pivot (no reciprocal) and updates row i left to right;
-// each substitution step forms its sum from 0.0 in increasing column order
-// and subtracts it from b[i] once.
+// each substitution step subtracts its products from b[i] one at a time in
+// increasing column order, as the dense LU and Cholesky solvers do.
 #define QX_SOURCE_FILE "new_solver"
 #include "frame/check.h"
 
@@ -84,19 +84,19 @@ Index eliminate_row(double *const *a, Index i, Index half, Index order)
 void forward_row(double *const *a, double *b, Index i, Index half)
 {
     const double *row = a[i];
-    double sum = 0.0;
-    for (Index k = band_lo(i, half); k < i; ++k) sum += b[k] * row[k];
-    b[i] -= sum;
+    double x = b[i];
+    for (Index k = band_lo(i, half); k < i; ++k) x -= b[k] * row[k];
+    b[i] = x;
 }
 
 // Back substitution of row i.
 Index back_row(double *const *a, double *b, Index i, Index half, Index order)
 {
     const double *row = a[i];
-    double sum = 0.0;
+    double x = b[i];
     const Index last = band_hi(i, half, order);
-    for (Index j = i + 1; j <= last; ++j) sum += row[j] * b[j];
-    b[i] -= sum;
+    for (Index j = i + 1; j <= last; ++j) x -= row[j] * b[j];
+    b[i] = x;
     if (unusable_pivot(row[i])) return i;
     b[i] /= row[i];
     return -1;
@@ -146,9 +146,8 @@ template <int M> struct Kernel {
         for (int s = 0; s < M; ++s) w[s] = b[first - M + s];
         for (Index i = first; i < order; ++i) {
             const double *row = a[i] + (i - M);
-            double sum = 0.0;
-            for (int s = 0; s < M; ++s) sum += w[s] * row[s];
-            const double x = b[i] - sum;
+            double x = b[i];
+            for (int s = 0; s < M; ++s) x -= w[s] * row[s];
             b[i] = x;
             for (int s = 0; s + 1 < M; ++s) w[s] = w[s + 1];
             w[M - 1] = x;
@@ -162,9 +161,8 @@ template <int M> struct Kernel {
         for (int s = 0; s < M; ++s) w[s] = b[last + 1 + s];
         for (Index i = last; i >= 0; --i) {
             const double *row = a[i] + i; // element (i, i + d) at row[d]
-            double sum = 0.0;
-            for (int d = 1; d <= M; ++d) sum += row[d] * w[d - 1];
-            const double x = b[i] - sum;
+            double x = b[i];
+            for (int d = 1; d <= M; ++d) x -= row[d] * w[d - 1];
             b[i] = x;
             if (unusable_pivot(row[0])) return i;
             const double y = x / row[0];

@@ -393,14 +393,10 @@ int dense_band_solve(const Eigen::MatrixXd &d, int m, std::vector<double> &b)
 {
     const int n = static_cast<int>(d.rows());
     for (int i = 1; i < n; ++i) {
-        double sum = 0.0;
-        for (int k = std::max(0, i - m); k < i; ++k) sum += b[k] * d(i, k);
-        b[i] -= sum;
+        for (int k = std::max(0, i - m); k < i; ++k) b[i] -= b[k] * d(i, k);
     }
     for (int i = n - 1; i >= 0; --i) {
-        double sum = 0.0;
-        for (int j = i + 1; j <= std::min(i + m, n - 1); ++j) sum += d(i, j) * b[j];
-        b[i] -= sum;
+        for (int j = i + 1; j <= std::min(i + m, n - 1); ++j) b[i] -= d(i, j) * b[j];
         if (unusable(d(i, i))) return i;
         b[i] /= d(i, i);
     }
