@@ -30,24 +30,11 @@ static_assert(QX_ERR_POINT_POSITION_TOO_LARGE == 1005302 && QX_ERR_PARAMETERS_NU
 class DefiningData : public qxtest::QxTest
 {
   protected:
-    // f is silent at checking level 0 (unless `run_unchecked` is false); at
-    // level 1, with a trap, the error that stops it is this one: raised with
-    // `code`, or an internal error when `code` is 0.
     template <class F>
     static void expect_checked(F f, int code, const char *text, const char *file,
                                bool run_unchecked = true)
     {
-        qxsys_clear_reports();
-        if (run_unchecked) f();
-        EXPECT_EQ(qxsys_report_count(), 0) << text;
-        MACH__checking_level = 1;
-        const std::optional<qxsys_report> r = qxsys::first_error(f);
-        MACH__checking_level = 0;
-        ASSERT_TRUE(r.has_value()) << text;
-        EXPECT_EQ(r->kind, code == 0 ? QXSYS_INTERNAL : QXSYS_RAISE);
-        EXPECT_EQ(r->code, code);
-        EXPECT_STREQ(r->text, text);
-        EXPECT_STREQ(r->file, file);
+        QxTest::expect_checked(f, file, code, text, run_unchecked);
     }
 };
 

@@ -37,22 +37,9 @@ const char *const kNoPoints = "No Points Allocated In Defining Data Structure.";
 class BcdfGen : public qxtest::QxTest
 {
   protected:
-    // f is silent at checking level 0; at level 1, with a trap, the error
-    // that stops it comes from bcdf_gen, raised with `code`, or internal
-    // when `code` is 0.
     template <class F> static void expect_checked(F f, int code, const char *text)
     {
-        qxsys_clear_reports();
-        f();
-        EXPECT_EQ(qxsys_report_count(), 0) << text;
-        MACH__checking_level = 1;
-        const std::optional<qxsys_report> r = qxsys::first_error(f);
-        MACH__checking_level = 0;
-        ASSERT_TRUE(r.has_value()) << text;
-        EXPECT_EQ(r->kind, code == 0 ? QXSYS_INTERNAL : QXSYS_RAISE);
-        EXPECT_EQ(r->code, code);
-        EXPECT_STREQ(r->text, text);
-        EXPECT_STREQ(r->file, "bcdf_gen");
+        QxTest::expect_checked(f, "bcdf_gen", code, text);
     }
 };
 

@@ -56,6 +56,26 @@ class QxTest : public ::testing::Test
         sys21_();
     }
 
+    // f is silent at checking level 0 (when run_unchecked); at level 1, with
+    // the host unwinding at the first report, that report is this one: from
+    // `file`, raised with `code`, or an internal error when `code` is 0.
+    template <class F>
+    static void expect_checked(F f, const char *file, int code, const char *text,
+                               bool run_unchecked = true)
+    {
+        qxsys_clear_reports();
+        if (run_unchecked) f();
+        EXPECT_EQ(qxsys_report_count(), 0) << text;
+        MACH__checking_level = 1;
+        const std::optional<qxsys_report> r = qxsys::first_error(f);
+        MACH__checking_level = 0;
+        ASSERT_TRUE(r.has_value()) << text;
+        EXPECT_EQ(r->kind, code == 0 ? QXSYS_INTERNAL : QXSYS_RAISE) << text;
+        EXPECT_EQ(r->code, code) << text;
+        EXPECT_STREQ(r->text, text);
+        EXPECT_STREQ(r->file, file) << text;
+    }
+
     // The newest report, which must exist.
     static const qxsys_report &last_report()
     {
