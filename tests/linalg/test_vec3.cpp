@@ -99,6 +99,8 @@ TEST_F(Vec3, AskPerpendicularZeroesTheSmallestComponent)
         {{1, 2, 0}, {2, -1, 0}},  // the 2-D routine turns (1, 2) to (-2, 1)
         {{1e-9, 0, 0}, {0, 1e-9, 0}},
         {{1e-11, -1e-11, 0}, {0, 0, 0}, 0}, // null: squared length <= 1e-20
+        {{6e-11, 8e-11, 0}, {0, 0, 0}, 0},   // squared length exactly 1e-20: null
+        {{6e-11, 8.000000000000002e-11, 0}, {8.000000000000002e-11, -6e-11, 0}},
     };
     for (const auto &c : cases) {
         double w[3] = {kNaN, kNaN, kNaN};
