@@ -67,9 +67,10 @@ typedef struct BCDF {
  * so a report that unwinds leaves every list with the caller. With params
  * NULL the parameters are computed by chord length (BCDF_add_params with
  * NULL); the slope and curvature parameters are then set to the exact
- * parameter of the point they match. When least_squares is not 1 the record is not least-squares:
- * weights passed are freed and the field stays NULL. When it is 1, missing weights are computed
- * (BCDF_add_weights) and ls_tolerance is set to the session's default least-squares tolerance
+ * parameter of the point they match. When least_squares is not 1 the record
+ * is not least-squares: weights passed are freed and the field stays NULL.
+ * When it is 1, missing weights are computed (BCDF_add_weights) and
+ * ls_tolerance is set to the session's default least-squares tolerance
  * (srfc1_.ls_tolerance). */
 QXMATH_API BCDF *BCDF_create_from_pntlst(int periodicity, int order, int least_squares,
                                          PNTLST *points, PNTLST *params, PNTLST *weights,
@@ -121,7 +122,8 @@ QXMATH_API int BCDF_return_dimension(const BCDF *df);
 QXMATH_API int BCDF_return_num_of_slopes(const BCDF *df);
 QXMATH_API int BCDF_return_num_of_crvatrs(const BCDF *df);
 /* Points + slopes + curvatures, less 1 when periodicity is 1 (the closing
- * point is not a constraint of its own). */
+ * point is not a constraint of its own). Summed without overflow and
+ * saturated to the int range for a record whose counts exceed it. */
 QXMATH_API int BCDF_return_num_of_constraints(const BCDF *df);
 /* The least-squares tolerance and segment count. Checked: a NULL record
  * ("Defining Data Structure Is NULL") and a record that is not

@@ -8,6 +8,7 @@
 #define QX_SOURCE_FILE "bcdf"
 #include "frame/check.h"
 
+#include <climits>
 #include <cstring>
 
 #include <qxmath/bcdf.h>
@@ -66,13 +67,10 @@ int *copy_types(const int *types, int count)
     return copy;
 }
 
-// The first three stored coordinates of vector `position` of a list, the
-// dimension being the stride (0.0 for coordinates the list lacks), and its
-// type.
+// Vector `position` of a list as three coordinates, and its type.
 void copy_vector(const PNTLST *list, const int *types, int position, double *out, int *type)
 {
-    const double *v = list->points + static_cast<std::ptrdiff_t>(position) * list->dimension;
-    for (int k = 0; k < 3; ++k) out[k] = k < list->dimension ? v[k] : 0.0;
+    qx_copy_vector3(list, position, out);
     if (type != nullptr) *type = types != nullptr ? types[position] : 0;
 }
 
@@ -105,9 +103,9 @@ int BCDF_return_num_of_crvatrs(const BCDF *df)
 int BCDF_return_num_of_constraints(const BCDF *df)
 {
     if (df == nullptr) return 0;
-    const int n =
-        qx_list_count(df->points) + qx_list_count(df->slopes) + qx_list_count(df->crvatrs);
-    return df->periodicity == 1 ? n - 1 : n; // the closing point is no constraint of its own
+    const long long n = qx_num_constraints(df);
+    if (n > INT_MAX) return INT_MAX;
+    return n < INT_MIN ? INT_MIN : static_cast<int>(n);
 }
 
 double BCDF_return_ls_tolerance(const BCDF *df)

@@ -18,6 +18,7 @@
 #include <qxmath/session.h>
 
 #include "bcurve/bcurve_internal.h"
+#include "linalg/vec_internal.h"
 
 // ---- Creation, parameters and weights, freeing, persistence ----
 
@@ -34,18 +35,26 @@ BCDF *new_record()
 
 // The list `list` (or a new one of `dimension` when NULL) with n entries in
 // use, its array grown when it lacks room; the old values stay in place. A
-// new list for n < 1 is empty and has no array.
+// new list for n < 1 is empty and has no array. NULL, with `list` as it
+// was, when the host gave no memory.
 PNTLST *sized_list(PNTLST *list, int dimension, int n)
 {
     if (list == nullptr) {
         list = n >= 1 ? PNTLST_allocate_struct(dimension, n)
                       : PNTLST_create_from_list_of_pts(nullptr, 0, dimension);
         if (list == nullptr) return nullptr;
-    } else if (list->max_points < n) {
-        PNTLST_allocate_points(list, n);
+    } else if (list->max_points < n && PNTLST_allocate_points(list, n) == nullptr) {
+        return nullptr;
     }
     list->num_points = n > 0 ? n : 0;
     return list;
+}
+
+// The record's last parameter; 0.0 when it has none.
+double last_param(const BCDF *df)
+{
+    const int m = qx_list_count(df->params);
+    return m > 0 ? df->params->points[m - 1] : 0.0;
 }
 
 // Sets each value of `values` that has a point position (1-based, 0 for
@@ -59,6 +68,28 @@ void move_to_points(PNTLST *values, const int *positions, int count, const doubl
     }
 }
 
+// Slopes or curvatures of a record: vectors, parameters and type codes, so
+// that one code edits both kinds.
+struct VectorSet {
+    PNTLST **vectors;
+    PNTLST **params;
+    int **types;
+};
+
+VectorSet slopes_of(BCDF *df) { return {&df->slopes, &df->slope_params, &df->slope_types}; }
+VectorSet crvatrs_of(BCDF *df) { return {&df->crvatrs, &df->crvatr_params, &df->crvatr_types}; }
+
+// Frees the set's lists and type array and clears the fields.
+void release(const VectorSet &s)
+{
+    PNTLST_free_structure(*s.vectors);
+    PNTLST_free_structure(*s.params);
+    SM_free(*s.types);
+    *s.vectors = nullptr;
+    *s.params = nullptr;
+    *s.types = nullptr;
+}
+
 void free_record(BCDF *df, bool keep_points)
 {
     if (df == nullptr) return;
@@ -69,12 +100,8 @@ void free_record(BCDF *df, bool keep_points)
     }
     PNTLST_free_structure(df->weights);
     PNTLST_free_structure(df->params);
-    PNTLST_free_structure(df->slopes);
-    PNTLST_free_structure(df->slope_params);
-    PNTLST_free_structure(df->crvatrs);
-    PNTLST_free_structure(df->crvatr_params);
-    SM_free(df->slope_types);
-    SM_free(df->crvatr_types);
+    release(slopes_of(df));
+    release(crvatrs_of(df));
     SM_free(df);
 }
 
@@ -205,7 +232,7 @@ void BCDF_add_params(BCDF *df, const double *params)
     const int n = qx_list_count(df->points);
     PNTLST *old = df->params;
     const bool had_old = old != nullptr && old->num_points > 0;
-    const double old_last = had_old ? old->points[old->num_points - 1] : 0.0;
+    const double old_last = last_param(df);
     // Room first (the old values stay), so that no allocation can report
     // while the scratch positions below are held.
     if (old != nullptr && old->max_points < n) PNTLST_allocate_points(old, n);
@@ -216,8 +243,9 @@ void BCDF_add_params(BCDF *df, const double *params)
     int *slope_pos = had_old ? BCDF_create_slope_pos_array(df, &num_slopes) : nullptr;
     int *crvatr_pos = had_old ? BCDF_create_crvatr_pos_array(df, &num_crvatrs) : nullptr;
 
-    df->params = sized_list(df->params, 1, n);
-    if (df->params == nullptr || n < 1) {
+    PNTLST *sized = sized_list(df->params, 1, n);
+    if (sized != nullptr) df->params = sized;
+    if (sized == nullptr || n < 1) {
         SM_free(slope_pos);
         SM_free(crvatr_pos);
         return;
@@ -251,8 +279,9 @@ void BCDF_add_weights(BCDF *df)
     const int n = qx_list_count(df->points);
     const int num_params = qx_list_count(df->params);
     const int m = num_params < n ? num_params : n;
-    df->weights = sized_list(df->weights, 1, n);
-    if (df->weights == nullptr) return;
+    PNTLST *sized = sized_list(df->weights, 1, n);
+    if (sized == nullptr) return;
+    df->weights = sized;
     double *w = df->weights->points;
     if (m > 0) BCDF_CALC_weights(m, df->params->points, w);
     for (int i = m > 0 ? m : 0; i < n; ++i) w[i] = 0.0;
@@ -315,20 +344,11 @@ BCDF *BCDF_make_bcdf_data_persistent(BCDF *df)
 namespace
 {
 
+using qx::vec::dot3;
+
 constexpr double kPerpendicular = 1.0e-7;
 constexpr double kNullSquared = 1.0e-20;
 constexpr long long kMaxConstraints = 2147483600LL;
-
-// Slopes or curvatures of a record: vectors, parameters and type codes, so
-// that one code edits both kinds.
-struct VectorSet {
-    PNTLST **vectors;
-    PNTLST **params;
-    int **types;
-};
-
-VectorSet slopes_of(BCDF *df) { return {&df->slopes, &df->slope_params, &df->slope_types}; }
-VectorSet crvatrs_of(BCDF *df) { return {&df->crvatrs, &df->crvatr_params, &df->crvatr_types}; }
 
 // Entries usable by index: in a damaged record a vector list and its
 // parameter list may disagree, and only the shorter length is trusted.
@@ -370,15 +390,6 @@ int ordered_scan(const PNTLST *list, int count, double key, int *index)
     }
     *index = i;
     return 0;
-}
-
-// The first three stored coordinates of entry i of a vector list (its
-// dimension is the stride; a lower dimension is padded with 0.0).
-void copy3(const PNTLST *list, int i, double *out)
-{
-    const int d = list->dimension;
-    const double *v = list->points + static_cast<std::ptrdiff_t>(i) * d;
-    for (int k = 0; k < 3; ++k) out[k] = k < d ? v[k] : 0.0;
 }
 
 // The index of the slope that shares curvature c's parameter (scanning all
@@ -461,17 +472,6 @@ int *reserve_types(const VectorSet &s, int need)
     }
     *s.types = t;
     return t;
-}
-
-// Frees the set's lists and type array and clears the fields.
-void release(const VectorSet &s)
-{
-    PNTLST_free_structure(*s.vectors);
-    PNTLST_free_structure(*s.params);
-    SM_free(*s.types);
-    *s.vectors = nullptr;
-    *s.params = nullptr;
-    *s.types = nullptr;
 }
 
 // Removes entries pos .. pos + k - 1 (within range) with their parameters
@@ -656,12 +656,6 @@ void retie(BCDF *df, Ties &ties, double old_last)
     }
 }
 
-double last_param(const BCDF *df)
-{
-    const int m = qx_list_count(df->params);
-    return m > 0 ? df->params->points[m - 1] : 0.0;
-}
-
 // Overwrites point i with the stored coordinates of point j.
 void copy_point(PNTLST *points, int j, int i)
 {
@@ -700,8 +694,6 @@ void chord_slope(const BCDF *df, int p, double *s)
     BCDF_copy_single_3d_point(df, b, pb);
     for (int k = 0; k < 3; ++k) s[k] = span > 0.0 ? (pb[k] - pa[k]) / span : 0.0;
 }
-
-double dot3(const double *a, const double *b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
 // Point i of the record as (x, y, z), weighted points divided by their
 // weights; false when there is no such point.
@@ -752,8 +744,7 @@ void update_vectors(BCDF *df, const VectorSet &s, int count, const int *points, 
 // Distance of two 3-D points strictly below the length tolerance.
 bool close3(const double *a, const double *b)
 {
-    const double d[3] = {b[0] - a[0], b[1] - a[1], b[2] - a[2]};
-    return std::sqrt(dot3(d, d)) < EQ_ask_length_tolerance();
+    return qx_point_distance(a, b, 3) < EQ_ask_length_tolerance();
 }
 
 } // namespace
@@ -869,7 +860,7 @@ int BCDF_slope_at_curvature(const BCDF *df, int curvature, int *slope_index, dou
         return 0;
     }
     *slope_index = s;
-    copy3(df->slopes, s, slope);
+    qx_copy_vector3(df->slopes, s, slope);
     return 1;
 }
 
@@ -1014,7 +1005,7 @@ void BCDF_add_needed_slopes(BCDF *df)
         if (p < 0) continue;
         double s[3], k[3];
         chord_slope(df, p, s);
-        copy3(df->crvatrs, c, k);
+        qx_copy_vector3(df->crvatrs, c, k);
         const double kk = dot3(k, k);
         if (kk > kNullSquared) {
             const double f = dot3(s, k) / kk;
@@ -1031,7 +1022,7 @@ void BCDF_unitize_slopes(BCDF *df)
     const int d = ns > 0 ? df->slopes->dimension : 0;
     for (int i = 0; i < ns; ++i) {
         double v[3];
-        copy3(df->slopes, i, v);
+        qx_copy_vector3(df->slopes, i, v);
         const double ll = dot3(v, v);
         if (ll <= kNullSquared) continue;
         const double len = std::sqrt(ll);
@@ -1069,7 +1060,7 @@ int BCDF_check_defining_data(const BCDF *df)
     if (df == nullptr) return QX_BCDF_TOO_FEW_POINTS;
     const int n = qx_list_count(df->points);
     if (df->periodicity == 1 ? n <= 2 : n < 2) return QX_BCDF_TOO_FEW_POINTS;
-    const long long constraints = BCDF_return_num_of_constraints(df);
+    const long long constraints = qx_num_constraints(df);
     if (constraints < df->order) return QX_BCDF_TOO_FEW_CONSTRAINTS;
     if (constraints >= kMaxConstraints) return QX_BCDF_TOO_MANY_CONSTRAINTS;
     const int np = qx_list_count(df->params);
@@ -1087,8 +1078,8 @@ int BCDF_check_defining_data(const BCDF *df)
         const int s = slope_of_crvatr(df, c);
         if (s < 0) return QX_BCDF_CURVATURE_WITHOUT_SLOPE;
         double k[3], v[3];
-        copy3(df->crvatrs, c, k);
-        copy3(df->slopes, s, v);
+        qx_copy_vector3(df->crvatrs, c, k);
+        qx_copy_vector3(df->slopes, s, v);
         if (std::fabs(dot3(k, v)) > kPerpendicular) return QX_BCDF_CURVATURE_NOT_PERPENDICULAR;
     }
     if (df->weights == nullptr) return 0;
@@ -1137,7 +1128,7 @@ int BCDF_check_overlap_points(const BCDF *df, int mode, int position, const doub
 int BCDF_num_of_knots_needed(const BCDF *df, int extra)
 {
     if (df == nullptr) return 0;
-    long long k = static_cast<long long>(df->order) + BCDF_return_num_of_constraints(df);
+    long long k = df->order + qx_num_constraints(df);
     if (df->periodicity == 1) {
         const long long wrap = static_cast<long long>(extra) + 1;
         const long long cap = static_cast<long long>(df->order) - 1;
@@ -1159,20 +1150,7 @@ int BCDF_parameter_in_list(const BCDF *df, double value, int *index)
 {
     const PNTLST *params = df != nullptr ? df->params : nullptr;
     QX_CHECK(params != nullptr, "The Parameter List Has A NULL Value");
-    const int n = qx_list_count(params);
-    for (int i = 0; i < n; ++i) {
-        const double t = params->points[i];
-        if (qx_same_param(t, value)) {
-            *index = i;
-            return 1;
-        }
-        if (t > value) {
-            *index = i;
-            return 0;
-        }
-    }
-    *index = n;
-    return 0;
+    return ordered_scan(params, qx_list_count(params), value, index);
 }
 
 double BCDF_calc_df_polygon_length(const BCDF *df)

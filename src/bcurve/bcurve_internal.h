@@ -20,6 +20,16 @@ inline bool qx_same_param(double a, double b) { return std::fabs(a - b) <= qx_pa
 // Points in use of a list; 0 for a NULL list.
 inline int qx_list_count(const PNTLST *list) { return list != nullptr ? list->num_points : 0; }
 
+// Points + slopes + curvatures, less 1 for a periodic record (its closing
+// point is no constraint of its own), summed wide so that the counts of a
+// damaged record cannot overflow.
+inline long long qx_num_constraints(const BCDF *df)
+{
+    const long long n = static_cast<long long>(qx_list_count(df->points)) +
+                        qx_list_count(df->slopes) + qx_list_count(df->crvatrs);
+    return df->periodicity == 1 ? n - 1 : n;
+}
+
 // The number of doubles of n points of the given dimension, as a size for
 // the allocator and memmove; negative counts or dimensions give 0.
 inline std::size_t qx_doubles(int n, int dimension)
@@ -41,6 +51,16 @@ inline double qx_point_distance(const double *a, const double *b, int dimension)
         sum += d * d;
     }
     return std::sqrt(sum);
+}
+
+// The first three stored coordinates of entry i of a vector list (slopes,
+// curvatures), its dimension being the stride; coordinates a lower
+// dimension lacks read 0.0.
+inline void qx_copy_vector3(const PNTLST *list, int i, double *out)
+{
+    const int d = list->dimension;
+    const double *v = list->points + static_cast<std::ptrdiff_t>(i) * d;
+    for (int k = 0; k < 3; ++k) out[k] = k < d ? v[k] : 0.0;
 }
 
 // Inserts point[] before point `position` (0 .. n; n appends), keeping the

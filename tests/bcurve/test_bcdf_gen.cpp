@@ -4,6 +4,7 @@
 // check, and ownership on failing allocations. (The edits' bookkeeping on
 // random records is the business of test_bcdf_random_edits.)
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -283,6 +284,14 @@ TEST_F(BcdfGen, CheckFindsTheFirstFailure)
     EXPECT_EQ(BCDF_check_defining_data(df), QX_BCDF_TOO_MANY_CONSTRAINTS);
     df->slopes->num_points = 2147483600 - 4;
     EXPECT_EQ(BCDF_check_defining_data(df), 0);
+    // Regression: counts whose sum passes INT_MAX used to wrap negative and
+    // read as too few constraints.
+    df->crvatrs = PNTLST_allocate_struct(3, 1);
+    df->slopes->num_points = 2000000000;
+    df->crvatrs->num_points = 2000000000;
+    EXPECT_EQ(BCDF_check_defining_data(df), QX_BCDF_TOO_MANY_CONSTRAINTS);
+    EXPECT_EQ(BCDF_return_num_of_constraints(df), INT_MAX);
+    df->crvatrs->num_points = 0;
     df->slopes->num_points = 0;
     BCDF_free_structure(df);
     EXPECT_EQ(qxsys_report_count(), 0);
