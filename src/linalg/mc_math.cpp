@@ -189,7 +189,8 @@ double MC_get_angle(const double A[3], const double B[3])
 
 void MC_perp_vec(const double A[3], double K[3])
 {
-    // For a unit A one of the three divisors is at least 1/sqrt(3).
+    // For a unit A the divisor chosen exceeds 0.5 in magnitude (A[2] is at
+    // least 1/sqrt(2) when neither other component exceeds 0.5).
     double k[3]; // A is read whole before K is written: K may be A
     if (std::fabs(A[0]) > 0.5) {
         k[0] = -A[1] / A[0];

@@ -213,11 +213,9 @@ void rebuild_from_pairs(const AnglePairs &p, double *m)
 // Each row in turn, scanning its elements in order: an element within
 // 1e-10 of 0 becomes 0; one within 1e-10 of +-1 becomes +-1, the other two
 // of its row 0, and the row is done. Exact 0 and +-1 are left alone.
-// Returns whether anything was written. Callers skip it when
-// nothing_to_snap(m).
-bool snap_to_axes(double *m)
+// Callers skip it when nothing_to_snap(m).
+void snap_to_axes(double *m)
 {
-    bool changed = false;
     for (int row = 0; row < 3; ++row) {
         double *r = m + 3 * row;
         for (int j = 0; j < 3; ++j) {
@@ -225,16 +223,13 @@ bool snap_to_axes(double *m)
             if (e == 0.0 || e == 1.0 || e == -1.0) continue;
             if (std::fabs(e) <= kUnitTol) {
                 r[j] = 0.0;
-                changed = true;
             } else if (std::fabs(std::fabs(e) - 1.0) <= kUnitTol) {
                 r[0] = r[1] = r[2] = 0.0;
                 r[j] = sgn(e);
-                changed = true;
                 break;
             }
         }
     }
-    return changed;
 }
 
 // ---- repair ---------------------------------------------------------------
@@ -250,9 +245,9 @@ void repair_pass(double *m, bool first)
         init_y_z(y, z, m); // when this fails M is left as it was
         return;
     }
-    if (first && !nothing_to_snap(m)) (void)snap_to_axes(m);
+    if (first && !nothing_to_snap(m)) snap_to_axes(m);
     rebuild_from_pairs(extract_pairs(m), m);
-    if (first && !nothing_to_snap(m)) (void)snap_to_axes(m);
+    if (first && !nothing_to_snap(m)) snap_to_axes(m);
 }
 
 // Repeats passes until M is ortho-normal. After the first pass each pass is

@@ -1,5 +1,6 @@
-// vec_internal.h — the arithmetic kernels shared by mc_math, vec2, vec3 and
-// vector_ftn, and hidden entry points for calls from inside the library.
+// vec_internal.h — the arithmetic kernels shared by mc_math, vec2, vec3,
+// vector_ftn and other library code, and hidden entry points for calls from
+// inside the library.
 //
 // The kernels are inline and check nothing: they exist so that the hot
 // routines are compiled into their callers instead of being called through
@@ -37,11 +38,13 @@ inline void cross3(const double *a, const double *b, double *k)
 
 // Unit vector by the multiply-by-reciprocal rule of VEC3_unitize: fails
 // (zeros, result 0) when tol.tol >= |V|^2. V is read before W is written.
+// The sum of squares is +0 or more, or NaN (which passes the test), so it
+// needs no fabs.
 inline int unitize3(const double *v, double tol, double *length, double *w)
 {
     const double x = v[0], y = v[1], z = v[2];
     const double s = x * x + y * y + z * z;
-    if (tol * tol >= std::fabs(s)) {
+    if (tol * tol >= s) {
         *length = 0.0;
         w[0] = w[1] = w[2] = 0.0;
         return 0;
@@ -59,7 +62,7 @@ inline int unitize2(const double *v, double tol, double *length, double *w)
 {
     const double x = v[0], y = v[1];
     const double s = x * x + y * y;
-    if (tol * tol >= std::fabs(s)) {
+    if (tol * tol >= s) {
         *length = 0.0;
         w[0] = w[1] = 0.0;
         return 0;

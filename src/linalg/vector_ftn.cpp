@@ -22,8 +22,8 @@ void vunt3_(const double *V, int *flag, double *W)
 
 void vcru3_(const double *A, const double *B, int *flag, double *W)
 {
-    const double k[3] = {A[1] * B[2] - A[2] * B[1], A[2] * B[0] - B[2] * A[0],
-                         B[1] * A[0] - A[1] * B[0]};
+    double k[3];
+    qx::vec::cross3(A, B, k);
     double length;
     *flag = qx_vec3_unitize(k, EQ_ask_length_tolerance(), &length, W);
 }

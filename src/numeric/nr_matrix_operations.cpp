@@ -98,7 +98,6 @@ int NR_2d_matrix_init_zero(double **m, int rows, int cols)
 
 int NR_matrix_2d_as_1d_init_zero(double *m, int rows, int cols)
 {
-    if (rows < 1) return 0;
     zero_row(m, count(rows) * count(cols));
     return 0;
 }
