@@ -38,17 +38,10 @@ class DefiningData : public qxtest::QxTest
     }
 };
 
-template <class T> T *host(const std::vector<T> &v)
-{
-    T *a = static_cast<T *>(SM_alloc(v.size() * sizeof(T)));
-    std::memcpy(a, v.data(), v.size() * sizeof(T));
-    return a;
-}
-
 PNTLST *list(const Points &v, int dimension = 1)
 {
-    return PNTLST_create_from_list_of_pts(host(v), static_cast<int>(v.size()) / dimension,
-                                          dimension);
+    return PNTLST_create_from_list_of_pts(qxtest::host_copy(v),
+                                          static_cast<int>(v.size()) / dimension, dimension);
 }
 
 Points values(const PNTLST *l)
@@ -116,8 +109,8 @@ BCDF *sample_record(int ls = 0, double *knots = nullptr)
 {
     BCDF *df = BCDF_create_from_pntlst(0, 4, ls, list({0, 0, 0, 1, 0, 0, 1, 2, 0, 1, 2, 2}, 3),
                                        list({0, 1, 2, 3}), nullptr, list({1, 0, 0, 0, 0, 2}, 3),
-                                       list({0, 3}), host<int>({1, 2}), list({0, 1, 0}, 3),
-                                       list({2}), host<int>({7}));
+                                       list({0, 3}), qxtest::host_copy<int>({1, 2}),
+                                       list({0, 1, 0}, 3), list({2}), qxtest::host_copy<int>({7}));
     df->ls_num_of_segments = 3 * ls;
     df->ls_tolerance = 0.125 * ls;
     BCDF_attach_knot_sequence(df, knots, knots != nullptr ? 3 : 0);
@@ -171,7 +164,7 @@ TEST_F(DefiningData, CreationTakesOverWhatItIsGiven)
     std::mt19937 gen(4203);
     const Points v = random_points(gen, 6, 4), t = chord_oracle(v, 4, 1.0);
     for (int ls : {0, 1}) {
-        double *array = host(v);
+        double *array = qxtest::host_copy(v);
         BCDF *df = BCDF_create_df_from_pts(array, 6, 4, ls);
         EXPECT_EQ(df->points->points, array);
         EXPECT_EQ(df->points->max_points, 6);
@@ -183,9 +176,10 @@ TEST_F(DefiningData, CreationTakesOverWhatItIsGiven)
     // nothing to rescale from. Not least-squares: the weights are dropped.
     srfc1_.ls_tolerance = 0.5;
     const Points pts = {0, 0, 0, 3, 4, 0, 3, 4, 12};
-    BCDF *df = BCDF_create_from_pntlst(
-        0, 3, 0, list(pts, 3), nullptr, list({9, 9, 9}), list({1, 0, 0, 0, 0, 1}, 3),
-        list({5e-11, 17}), host<int>({1, 2}), list({0, 1, 0}, 3), list({5}), host<int>({3}));
+    BCDF *df = BCDF_create_from_pntlst(0, 3, 0, list(pts, 3), nullptr, list({9, 9, 9}),
+                                       list({1, 0, 0, 0, 0, 1}, 3), list({5e-11, 17}),
+                                       qxtest::host_copy<int>({1, 2}), list({0, 1, 0}, 3),
+                                       list({5}), qxtest::host_copy<int>({3}));
     EXPECT_EQ(vectors(df), (Lists{{0, 5, 17}, {1, 0, 0, 0, 0, 1}, {0, 17}, {0, 1, 0}, {5}}));
     EXPECT_EQ(df->slope_types[1] * 10 + df->crvatr_types[0] + df->order * 100, 323);
     EXPECT_EQ(df->weights, nullptr);
@@ -333,9 +327,9 @@ TEST_F(DefiningData, Queries)
 
 TEST_F(DefiningData, SingleElementCopies)
 {
-    BCDF *df = BCDF_create_from_pntlst(0, 4, 0, list({2, 4, 6, 2, 1, 1, 1, 1}, 4), nullptr, nullptr,
-                                       list({1, 2, 3, 4, 5, 6}, 3), list({0, 1}), host<int>({4, 5}),
-                                       list({7, 8, 9, 10}, 4), list({1}), nullptr);
+    BCDF *df = BCDF_create_from_pntlst(
+        0, 4, 0, list({2, 4, 6, 2, 1, 1, 1, 1}, 4), nullptr, nullptr, list({1, 2, 3, 4, 5, 6}, 3),
+        list({0, 1}), qxtest::host_copy<int>({4, 5}), list({7, 8, 9, 10}, 4), list({1}), nullptr);
     double p[9] = {kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN};
     int type[2] = {-1, -1};
     BCDF_copy_single_3d_point(df, 0, p);

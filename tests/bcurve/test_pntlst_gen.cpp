@@ -48,18 +48,11 @@ class PointLists : public qxtest::QxTest
     }
 };
 
-double *host_array(const Points &v)
-{
-    double *a = static_cast<double *>(SM_alloc(v.size() * sizeof(double)));
-    std::memcpy(a, v.data(), v.size() * sizeof(double));
-    return a;
-}
-
 // An owned list of the given points, capacity equal to their count.
 PNTLST *make_list(const Points &v, int dimension = 3)
 {
-    return PNTLST_create_from_list_of_pts(host_array(v), static_cast<int>(v.size()) / dimension,
-                                          dimension);
+    return PNTLST_create_from_list_of_pts(qxtest::host_copy(v),
+                                          static_cast<int>(v.size()) / dimension, dimension);
 }
 
 const Points A = {1, 2, 3}, B = {4, 5, 6}, C = {7, 8, 9}, X = {-1, -2, -3}, Y = {-4, -5, -6};
@@ -94,13 +87,13 @@ TEST_F(PointLists, AllocationAndOwnership)
     PNTLST_free_structure(l);
     // A list made around the caller's array takes it over and frees it; with
     // a count of 0 it does not own the array and never frees it.
-    double *array = host_array(cat({A, B}));
+    double *array = qxtest::host_copy(cat({A, B}));
     l = PNTLST_create_from_list_of_pts(array, 2, 3);
     EXPECT_EQ(l->points, array);
     expect_list(l, 2, 2, cat({A, B}));
     PNTLST_free_structure(l);
     EXPECT_EQ(qxsys_live_blocks(), live);
-    array = host_array(A);
+    array = qxtest::host_copy(A);
     PNTLST_free_structure(PNTLST_create_from_list_of_pts(array, 0, 3));
     EXPECT_EQ(qxsys_live_blocks(), live + 1);
     SM_free(array);

@@ -9,6 +9,7 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -20,6 +21,14 @@ namespace qxtest
 {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+// A transient host block holding a copy of v, for the library to take over.
+template <class T> T *host_copy(const std::vector<T> &v)
+{
+    T *a = static_cast<T *>(SM_alloc(v.size() * sizeof(T)));
+    if (!v.empty()) std::memcpy(a, v.data(), v.size() * sizeof(T));
+    return a;
+}
 
 class QxTest : public ::testing::Test
 {
