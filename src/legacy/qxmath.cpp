@@ -1,0 +1,322 @@
+// qxmath.cpp — the core primitives of the numbered routines: tolerant
+// comparison and interval classification, angles and their reduction, 2-D and
+// 3-D distances, a frame product, transpose, axis rotation and frame from a
+// normal, the quadratic and 3x3 Cramer solvers and two complex operations.
+// Every argument is by address; nothing here raises or prints. The angle
+// constants are stored literals, never computed, so that every caller sees
+// the same bits. A tolerance index outside 0..7 selects tolerance 0.0 (exact
+// comparison) instead of reading outside the table.
+#define QX_SOURCE_FILE "qxmath"
+#include "frame/check.h"
+
+#include <cmath>
+
+#include <qxmath/numbered.h>
+
+#include "frame/session_block.h"
+#include "linalg/vec_internal.h"
+
+namespace
+{
+
+constexpr double kPi = 3.141592653589793;
+constexpr double kHalfPi = 1.5707963267948966;
+constexpr double kThreeHalfPi = 4.71238898038469;
+constexpr double kTwoPi = 6.283185307179586;
+
+// Entry i of the tolerance table; 0.0 for an index outside the table.
+inline double table_entry(int i) { return (i >= 0 && i <= 7) ? qx_tolerance(i) : 0.0; }
+
+// The comparison of h805_: |a - b| <= |tol[i]|, equality included.
+inline bool equal_under(double a, double b, int i)
+{
+    return std::fabs(a - b) <= std::fabs(table_entry(i));
+}
+
+// a . (b x c) expanded by the cofactors of a, in the order h004_ fixes.
+inline double triple(const double *a, const double *b, const double *c)
+{
+    return a[0] * (b[1] * c[2] - b[2] * c[1]) - a[1] * (b[0] * c[2] - b[2] * c[0]) +
+           a[2] * (b[0] * c[1] - c[0] * b[1]);
+}
+
+} // namespace
+
+/* ---- comparison and classification ------------------------------------- */
+
+void h805_(const double *a, const double *b, const int *i, int *eq)
+{
+    *eq = equal_under(*a, *b, *i) ? 1 : 0;
+}
+
+void h806_(const double *a, const double *b, const double *t, int *eq)
+{
+    *eq = std::fabs(*a - *b) <= std::fabs(*t) ? 1 : 0;
+}
+
+void h804_(double *x, const double lim[2], const int *i, int *code)
+{
+    const double lo = lim[0], hi = lim[1], v = *x;
+    const int k = *i;
+    if (equal_under(v, lo, k)) {
+        *x = lo;
+        *code = 2;
+    } else if (v <= lo) {
+        *code = 1;
+    } else if (equal_under(v, hi, k)) {
+        *x = hi;
+        *code = 4;
+    } else {
+        *code = v <= hi ? 3 : 5;
+    }
+}
+
+void h809_(double *x, const double lim[2], const int *i, int *inside)
+{
+    const double lo = lim[0], hi = lim[1], v = *x;
+    const int k = *i;
+    *inside = 1;
+    if (lo <= v && v <= hi) return;
+    if (equal_under(v, lo, k))
+        *x = lo;
+    else if (equal_under(v, hi, k))
+        *x = hi;
+    else
+        *inside = 0;
+}
+
+void h000_(double *x)
+{
+    const double t = qx_tolerance(0);
+    if (std::fabs(*x) <= t) *x = *x >= 0.0 ? t : -t;
+}
+
+void h206_(const double *p, const double *q, const double *t, int *eq)
+{
+    const double dx = p[0] - q[0], dy = p[1] - q[1];
+    *eq = dx * dx + dy * dy <= std::fabs(*t) ? 1 : 0;
+}
+
+/* ---- angles --------------------------------------------------------------- */
+
+void h053_(const double *s, const double *c, double *ang)
+{
+    const double sv = *s, cv = *c;
+    double a;
+    if (equal_under(sv, 0.0, 0)) {
+        a = cv < 0.0 ? kPi : 0.0;
+    } else if (equal_under(cv, 0.0, 0)) {
+        a = sv < 0.0 ? kThreeHalfPi : kHalfPi;
+    } else {
+        const double t = std::atan(sv / cv);
+        a = t;
+        if (cv > 0.0 && sv < 0.0) a = t + kTwoPi;
+        if (cv < 0.0) a = t + kPi;
+    }
+    *ang = a;
+}
+
+void h002_(double *x, const double *p)
+{
+    const double pv = *p, v = *x;
+    if (pv < 0.0) return;
+    if (equal_under(v, pv, 0)) {
+        *x = 0.0;
+    } else if (equal_under(pv, 0.0, 0)) {
+        return;
+    } else if (v > 0.0) {
+        const double r = std::fmod(v, pv);
+        *x = equal_under(r, 0.0, 0) ? 0.0 : r;
+    } else {
+        const double r = std::fmod(std::fabs(v), pv);
+        if (equal_under(r, 0.0, 0)) {
+            *x = 0.0;
+        } else {
+            const double w = pv - r;
+            *x = equal_under(w, 0.0, 0) ? 0.0 : w;
+        }
+    }
+}
+
+void h013_(const double p[3], const double *r, const double *ang, double q[3])
+{
+    const double rv = *r, a = *ang;
+    const double x = p[0] + rv * std::cos(a);
+    const double y = p[1] + rv * std::sin(a);
+    const double z = p[2];
+    q[0] = x;
+    q[1] = y;
+    q[2] = z;
+}
+
+/* ---- vectors and matrices ------------------------------------------------- */
+
+void h100_(const double v[3], const double m[9], double w[3])
+{
+    const double w0 = qx::vec::dot3(v, m);
+    const double w1 = qx::vec::dot3(v, m + 3);
+    const double w2 = qx::vec::dot3(v, m + 6);
+    w[0] = w0;
+    w[1] = w1;
+    w[2] = w2;
+}
+
+void h110_(const double m[9], double t[9])
+{
+    for (int r = 0; r < 3; ++r)
+        for (int c = 0; c < 3; ++c) t[3 * r + c] = m[3 * c + r];
+}
+
+void h200_(const double *p, const double *q, double *d2)
+{
+    const double dx = p[0] - q[0], dy = p[1] - q[1];
+    *d2 = dx * dx + dy * dy;
+}
+
+void h301_(const double p[3], const double q[3], double *d)
+{
+    const double dx = p[0] - q[0], dy = p[1] - q[1], dz = p[2] - q[2];
+    *d = std::sqrt(dx * dx + dy * dy + dz * dz);
+}
+
+void h003_(const double *a, const double *b, double *z) { *z = a[0] * b[1] - a[1] * b[0]; }
+
+void h004_(const double a[3], const double b[3], const double c[3], double *t)
+{
+    *t = triple(a, b, c);
+}
+
+void h923_(const double u[3], const double *theta, double m[9])
+{
+    const double ux = u[0], uy = u[1], uz = u[2];
+    const double c = std::cos(*theta), s = std::sin(*theta);
+    const double k = 1.0 - c;
+    m[0] = ux * ux * k + c;
+    m[1] = ux * uy * k - uz * s;
+    m[2] = ux * uz * k + uy * s;
+    m[3] = ux * uy * k + uz * s;
+    m[4] = uy * uy * k + c;
+    m[5] = uy * uz * k - ux * s;
+    m[6] = ux * uz * k - uy * s;
+    m[7] = uy * uz * k + ux * s;
+    m[8] = uz * uz * k + c;
+}
+
+void h099_(const double n[3], double m[9])
+{
+    const double z[3] = {n[0], n[1], n[2]};
+    double x[3];
+    if (std::fabs(z[1]) > 0.9) {
+        x[0] = 0.0;
+        x[1] = z[2];
+        x[2] = -z[1];
+    } else {
+        x[0] = z[2];
+        x[1] = 0.0;
+        x[2] = -z[0];
+    }
+    double length;
+    (void)qx_vec3_unitize(x, qx_tolerance(1), &length, x);
+    double y[3];
+    qx::vec::cross3(z, x, y);
+    for (int k = 0; k < 3; ++k) {
+        m[k] = x[k];
+        m[3 + k] = y[k];
+        m[6 + k] = z[k];
+    }
+}
+
+/* ---- equations and complex numbers --------------------------------------- */
+
+void h014_(const double c[3], double re[2], double im[2], int *kind, int *degree, int *nreal)
+{
+    double c0 = c[0], c1 = c[1], c2 = c[2];
+    const double eps = qx_tolerance(0);
+    re[0] = re[1] = im[0] = im[1] = 0.0;
+    *kind = 1;
+    *degree = 0;
+    *nreal = 0;
+
+    // hypot: the norm of large coefficients must not overflow to infinity.
+    const double n = std::hypot(c0, c1, c2);
+    if (n <= eps) {
+        *kind = 4;
+        return;
+    }
+    c0 /= n;
+    c1 /= n;
+    c2 /= n;
+
+    if (std::fabs(c2) <= eps) {
+        if (std::fabs(c1) > eps) {
+            re[0] = -c0 / c1;
+            *kind = 3;
+            *degree = 1;
+            *nreal = 1;
+        } else if (std::fabs(c0) <= eps) {
+            *kind = 4;
+        }
+        return;
+    }
+
+    *degree = 2;
+    const double disc = std::fabs(c1) <= eps ? -4.0 * c0 * c2 : c1 * c1 - 4.0 * c0 * c2;
+    const double q = std::fabs(disc) > eps ? std::sqrt(std::fabs(disc)) : 0.0;
+    if (disc <= -eps) {
+        *kind = 2;
+        re[0] = re[1] = -c1 / (2.0 * c2);
+        im[0] = q / (2.0 * c2);
+        im[1] = -im[0];
+    } else {
+        *kind = 3;
+        *nreal = 2;
+        re[0] = (q - c1) / (2.0 * c2);
+        re[1] = (-c1 - q) / (2.0 * c2);
+    }
+}
+
+void h015_(const double a[3], const double b[3], const double c[3], const double d[3], double x[3],
+           int *status)
+{
+    const double det = triple(a, b, c);
+    if (std::fabs(det) <= qx_tolerance(0)) {
+        *status = 2;
+        return;
+    }
+    const double x0 = triple(d, b, c) / det;
+    const double x1 = triple(a, d, c) / det;
+    const double x2 = triple(a, b, d) / det;
+    x[0] = x0;
+    x[1] = x1;
+    x[2] = x2;
+    *status = 1;
+}
+
+void h017_(const double a[2], const double b[2], double c[2])
+{
+    const double re = a[0] * b[0] - a[1] * b[1];
+    const double im = a[0] * b[1] + a[1] * b[0];
+    c[0] = re;
+    c[1] = im;
+}
+
+void h018_(const double z[2], const int *n, double w[2])
+{
+    const double x = z[0], y = z[1];
+    const double r = std::hypot(x, y); // the modulus of a tiny z must not underflow
+    double phi;
+    if (y == 0.0) {
+        phi = x >= 0.0 ? 0.0 : kPi;
+    } else if (x == 0.0) {
+        phi = y > 0.0 ? kHalfPi : kThreeHalfPi;
+    } else {
+        const double t = std::atan(y / x);
+        phi = t;
+        if (x > 0.0 && y < 0.0) phi = t + kTwoPi;
+        if (x < 0.0) phi = t + kPi;
+    }
+    const double dn = static_cast<double>(*n);
+    const double rn = std::pow(r, 1.0 / dn);
+    w[0] = rn * std::cos(phi / dn);
+    w[1] = rn * std::sin(phi / dn);
+}
