@@ -214,3 +214,92 @@ void BM_Eigen_polar_svd(benchmark::State &state)
 BENCHMARK(BM_Eigen_polar_svd);
 
 } // namespace
+
+// ---- 4x4 transforms --------------------------------------------------------
+//   MTX4_invert    Matrix4d::inverse() (Eigen's closed-form 4x4 inverse); the
+//                  library factors with ludcmp_a (which takes its scratch
+//                  vector from the host allocator) and solves four columns
+//                  with lubksb_a
+//   MTX4_multiply  Matrix4d product
+// on one pool of 256 transforms: random rotations, scaled by factors in
+// [0.5, 2.5] per axis, translations in [-100, 100].
+
+namespace
+{
+
+using Mat4 = Eigen::Matrix<double, 4, 4, Eigen::RowMajor>;
+using M16 = std::array<double, 16>;
+
+const std::vector<M16> &transforms()
+{
+    static const std::vector<M16> pool = [] {
+        std::mt19937_64 rng(4242);
+        std::uniform_real_distribution<> u(-1, 1);
+        std::vector<M16> p;
+        while (p.size() < kPool) {
+            const Eigen::Vector3d axis(u(rng), u(rng), u(rng));
+            if (axis.norm() < 0.1) continue;
+            Mat4 m = Mat4::Identity();
+            const Eigen::Vector3d scale(1.5 + u(rng), 1.5 + u(rng), 1.5 + u(rng));
+            m.topLeftCorner<3, 3>() =
+                Eigen::AngleAxisd(3.0 * u(rng), axis.normalized()).toRotationMatrix() *
+                scale.asDiagonal();
+            m.topRightCorner<3, 1>() = 100.0 * Eigen::Vector3d(u(rng), u(rng), u(rng));
+            M16 a;
+            Mat4::Map(a.data()) = m;
+            p.push_back(a);
+        }
+        return p;
+    }();
+    return pool;
+}
+
+void BM_MTX4_invert(benchmark::State &state)
+{
+    const auto &t = transforms();
+    std::size_t i = 0;
+    for (auto _ : state) {
+        double r[16];
+        benchmark::DoNotOptimize(MTX4_invert(t[i++ % kPool].data(), r));
+        benchmark::DoNotOptimize(r);
+    }
+}
+BENCHMARK(BM_MTX4_invert);
+
+void BM_Eigen_Matrix4d_inverse(benchmark::State &state)
+{
+    const auto &t = transforms();
+    std::size_t i = 0;
+    for (auto _ : state) {
+        Mat4 r = Mat4::Map(t[i++ % kPool].data()).inverse();
+        benchmark::DoNotOptimize(r);
+    }
+}
+BENCHMARK(BM_Eigen_Matrix4d_inverse);
+
+void BM_MTX4_multiply(benchmark::State &state)
+{
+    const auto &t = transforms();
+    std::size_t i = 0;
+    for (auto _ : state) {
+        double p[16];
+        const std::size_t k = i++;
+        MTX4_multiply(t[k % kPool].data(), t[(k + 7) % kPool].data(), p);
+        benchmark::DoNotOptimize(p);
+    }
+}
+BENCHMARK(BM_MTX4_multiply);
+
+void BM_Eigen_Matrix4d_product(benchmark::State &state)
+{
+    const auto &t = transforms();
+    std::size_t i = 0;
+    for (auto _ : state) {
+        const std::size_t k = i++;
+        Mat4 p = Mat4::Map(t[(k + 7) % kPool].data()) * Mat4::Map(t[k % kPool].data());
+        benchmark::DoNotOptimize(p);
+    }
+}
+BENCHMARK(BM_Eigen_Matrix4d_product);
+
+} // namespace

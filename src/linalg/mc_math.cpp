@@ -293,3 +293,46 @@ void MC_axis_plane_x(const double U[3], const double P[3], const double n[3], do
                           row2[2], row2[3], row3[0], row3[1], row3[2], row3[3]};
     solve3(m, X);
 }
+
+// ---- transforms and coordinate-system records ---------------------------------
+// Transforms are sixteen doubles by rows (translation at 3, 7, 11); records
+// are an origin followed by an orientation matrix (transform.h).
+
+#include <qxmath/transform.h>
+
+void MC_apply_transform_to_point(const double T[16], const double p[3], double q[3])
+{
+    const double x = p[0], y = p[1], z = p[2];
+    const double r0 = T[0] * x + T[1] * y + T[2] * z + T[3];
+    const double r1 = T[4] * x + T[5] * y + T[6] * z + T[7];
+    const double r2 = T[8] * x + T[9] * y + T[10] * z + T[11];
+    q[0] = r0;
+    q[1] = r1;
+    q[2] = r2;
+}
+
+void MC_apply_transform_to_vector(const double T[16], const double v[3], double w[3])
+{
+    const double x = v[0], y = v[1], z = v[2];
+    const double r0 = T[0] * x + T[1] * y + T[2] * z;
+    const double r1 = T[4] * x + T[5] * y + T[6] * z;
+    const double r2 = T[8] * x + T[9] * y + T[10] * z;
+    w[0] = r0;
+    w[1] = r1;
+    w[2] = r2;
+}
+
+int MC_calc_csys_to_csys_transform(const double S1[12], const double S2[12], double T[16])
+{
+    const double *o1 = S1, *r1 = S1 + 3, *o2 = S2, *r2 = S2 + 3;
+    double t[16];
+    for (int i = 0; i < 3; ++i) {
+        for (int j = 0; j < 3; ++j)
+            t[4 * i + j] = r2[i] * r1[j] + r2[3 + i] * r1[3 + j] + r2[6 + i] * r1[6 + j];
+        t[4 * i + 3] = o2[i] - (t[4 * i] * o1[0] + t[4 * i + 1] * o1[1] + t[4 * i + 2] * o1[2]);
+    }
+    t[12] = t[13] = t[14] = 0.0;
+    t[15] = 1.0;
+    for (int i = 0; i < 16; ++i) T[i] = t[i];
+    return 0;
+}
