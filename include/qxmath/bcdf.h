@@ -563,6 +563,114 @@ QXMATH_API void BCDF_convert_to_least_squares(BCDF *df);
  * coordinate, without division, packed in place. */
 QXMATH_API void BCDF_convert_4d_to_3d(BCDF *df);
 
+/* ---- Automatic derivatives (source file "bcdf_calc") ---------------------
+ *
+ * Estimates of the derivatives at a defining point that has none of its
+ * own, from a local quadratic through its neighbours or by mirroring a
+ * neighbour's slope. All rules work on 3-D points (weighted points divided
+ * by their weights, BCDF_copy_single_3d_point) and 3-D slopes
+ * (BCDF_copy_single_3d_slope); derivatives are with respect to the record's
+ * parameter. */
+
+/* First (and, with num_derivs 2, second) derivative at defining point
+ * `position` into out[3 num_derivs]: out[0..2] the first, out[3..5] the
+ * second. Returns 0, or the status of SOLVE_solve_3equations (1: the local
+ * system is singular, e.g. two equal parameters; out then stays zero).
+ *
+ * Checked, raised: a position outside 0 .. n - 1 (QX_ERR_INVALID_POSITION
+ * "An Invalid Point Position Was Given By Calling Routine"). out is cleared
+ * to zeros first (after the check); an invalid position, a record of fewer
+ * than two points, or one with fewer parameters than points leaves it so and
+ * returns 0. num_derivs below 1 writes nothing; above 2 acts as 2.
+ *
+ * Rules, by position:
+ *  - interior i: the quadratic through points i-1, i, i+1 at their
+ *    parameters, differentiated at t[i]; slopes are not consulted.
+ *  - 0 of a periodic record (closing copy at n - 1): the quadratic through
+ *    points n-2, 0, 1 at t[n-2] - t[n-1], t[0], t[1], differentiated at
+ *    t[0]. The first parameter is the negative length of the last span as
+ *    it is, not shifted by t[0] (the parameters of a record start at 0).
+ *  - 0 of an open record (start) and n - 1 of any record (end; the closing
+ *    copy of a periodic record included), the end rule with the end point,
+ *    its neighbour (1 or n-2) and the point beyond (2 or n-3):
+ *    with two points, (P1 - P0) times 1/(t1 - t0), second derivative 0
+ *    (equal parameters are not guarded);
+ *    when the neighbour has a slope of type 2, 4 or 5, that slope mirrored
+ *    about the chord c = neighbour - end point (BCDF_CALC_mirror_slope) is
+ *    the first derivative m, and m x unit(c x m) the second (in the plane of
+ *    chord and slope, as long as m; zeros when |c x m| < 1.0e-10);
+ *    when it has a slope of another type, the quadratic through both points
+ *    with that slope at the neighbour, differentiated at the end point
+ *    (conditions in parameter order: start P0 t0, P1 t1, slope t1, mode 1;
+ *    end P[n-2] t[n-2], slope t[n-2], P[n-1] t[n-1], mode 2);
+ *    without a slope, the quadratic through the three points in parameter
+ *    order, differentiated at the end point. */
+QXMATH_API int BCDF_CALC_auto_derivatives(const BCDF *df, int position, int num_derivs,
+                                          double *out);
+
+/* BCDF_CALC_auto_derivatives with num_derivs 1: the first derivative into
+ * slope[3]; same result and checks. */
+QXMATH_API int BCDF_CALC_auto_slope(const BCDF *df, int position, double slope[3]);
+
+/* Curvature vector at defining point `position` into crvatr[3]
+ * (DGEOM_crv_curvature, dgeom.h) from the derivatives of
+ * BCDF_CALC_auto_derivatives (num_derivs 2), the point's own slope, when it
+ * has one, replacing the estimated first derivative. Same result and
+ * checks. */
+QXMATH_API int BCDF_CALC_auto_curvature(const BCDF *df, int position, double crvatr[3]);
+
+/* The quadratic q(t) = A t^2 + B t + C, per coordinate, that meets three
+ * conditions at params[0..2]: a position condition on points[3r .. 3r+2]
+ * (row t^2, t, 1) or a slope condition on slope[] (row 2t, 1, 0). mode 0:
+ * three positions (slope not read); 1: the third condition is the slope;
+ * 2: the second is; any other mode is taken as 0. points[] holds three
+ * points; the one in the slope's place is not read. Each coordinate is
+ * solved with SOLVE_solve_3equations; its non-zero status (1: singular
+ * system, e.g. two equal parameters among the positions) is returned at
+ * once and out is left untouched. Otherwise out receives at t the position
+ * (A t + B) t + C (out[0..2]), with num_derivs >= 1 the first derivative
+ * 2 A t + B (out[3..5]), with num_derivs >= 2 the second derivative 2 A
+ * (out[6..8]), and 0 is returned. out may not alias the inputs. */
+QXMATH_API int BCDF_CALC_quadratic_apprx(const double points[9], const double params[3],
+                                         const double slope[3], int mode, double t, int num_derivs,
+                                         double *out);
+
+/* The slope S mirrored in the line of the chord from a to b: with u =
+ * (b - a)/|b - a| and p = (S.u) u, mirrored = p - (S - p), i.e. 2p - S.
+ * A zero chord is not guarded (NaN). mirrored may alias any input. */
+QXMATH_API void BCDF_CALC_mirror_slope(const double slope[3], const double a[3], const double b[3],
+                                       double mirrored[3]);
+
+/* ---- Slopes and parameters in the normalised range ----------------------
+ *
+ * Normalising maps the parameters t of a record onto u = t / L in [0, 1],
+ * L being the last parameter (BCDF_normalize returns it). */
+
+/* The slope at defining point `position` as it stands in the normalised
+ * range, into slope[3]: the point's own slope (else the estimate of
+ * BCDF_CALC_auto_slope, taken as a derivative), handed to h813_
+ * (numbered.h) with L = the record's last parameter and the code for its
+ * slope type (types 0 .. 5 -> 1, 2, 3, 4, 5, 5; other types as 0):
+ * derivatives (types 0, 2, other) are multiplied by L, directions (types 1,
+ * 4, 5) made unit, fixed vectors (type 3) copied. The record is not changed.
+ * Returns 0; 1 when nothing could be given (a bad position, a failed
+ * estimate, a direction of zero length), slope[] then zero.
+ * Checked, raised: a position outside 0 .. n - 1, or a record with fewer
+ * parameters than points (QX_ERR_INVALID_POSITION "The Point Position Is
+ * Not Valid For The Array Of Points"). */
+QXMATH_API int BCDF_CALC_normalized_slope(const BCDF *df, int position, double slope[3]);
+
+/* unit[3] = slope / |slope| (component by component), returning |slope|. A
+ * slope whose squared length is at most 1.0e-20 (or not a number) is zero:
+ * checked, raised (QX_ERR_ZERO_LENGTH_SLOPE "The Input Slope Has Zero
+ * Length"); unit = 0 and 0.0 is returned. unit may alias slope. */
+QXMATH_API double BCDF_CALC_unitize_slope(const double slope[3], double unit[3]);
+
+/* The record parameter of normalised parameter u: u x scale, scale being
+ * what BCDF_normalize returned, the same product BCDF_unnormalize forms (so
+ * 1.0 gives scale exactly). Not guarded. */
+QXMATH_API double BCDF_CALC_denormalize_param(double param, double scale);
+
 QXMATH_END_DECLS
 
 #endif
