@@ -18,5 +18,10 @@
 #include "matrix.h"
 #include "pntlst.h"
 #include "bcdf.h"
+#include "dgeom.h"
+#include "transform.h"
+#include "eigen.h"
+#include "lsfit.h"
+#include "numbered.h"
 
 #endif
