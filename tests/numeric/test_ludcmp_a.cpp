@@ -10,6 +10,7 @@
 
 #include <Eigen/Dense>
 
+#include "numeric/lu_internal.h"
 #include "support/qx_test.h"
 
 namespace
@@ -178,6 +179,48 @@ TEST_F(LuDecomposition, SubstitutionSkipsLeadingZeros)
     b = {1.0, 0.0, 0.0}; // from the first non-zero on, all are formed
     lubksb_a(f.p(), 3, none, b.data());
     EXPECT_TRUE(std::isnan(b[1]));
+}
+
+TEST_F(LuDecomposition, ColumnsSideBySideGiveLubksbBits)
+{
+    // The library's multi-column substitution against one lubksb_a call per
+    // column: random factors, unit and zero-led right-hand sides, widths
+    // across the slice boundary, and the NaN/infinite factors above.
+    std::mt19937_64 rng(4711);
+    std::uniform_real_distribution<double> u(-1.0, 1.0);
+    for (int n : {1, 3, 4, 9}) {
+        MatrixXd m = MatrixXd::NullaryExpr(n, n, [&] { return u(rng); });
+        std::vector<int> indx(static_cast<size_t>(n));
+        double d;
+        Rows f(m);
+        ASSERT_EQ(ludcmp_a(f.p(), n, indx.data(), &d), 0);
+        for (int ncols : {1, 4, 8, 11}) {
+            Flat b = Flat::NullaryExpr(n, ncols, [&] { return u(rng) < -0.3 ? 0.0 : u(rng); });
+            Flat expect = b;
+            for (int c = 0; c < ncols; ++c) {
+                VectorXd col = expect.col(c);
+                lubksb_a(f.p(), n, indx.data(), col.data());
+                expect.col(c) = col;
+            }
+            std::vector<double *> rows;
+            for (int i = 0; i < n; ++i) rows.push_back(b.row(i).data());
+            qx_lubksb_a_columns(f.p(), n, indx.data(), rows.data(), ncols);
+            EXPECT_EQ(std::memcmp(b.data(), expect.data(), sizeof(double) * size_t(n * ncols)), 0)
+                << n << " x " << ncols;
+        }
+    }
+    Rows f((MatrixXd(3, 3) << 1, 0, 0, kNaN, 1, 0, kInf, 2, 1).finished());
+    const int swap02[3] = {2, 1, 2};
+    Flat b = (Flat(3, 3) << 7, 1, 0, 5, 0, 0, 0, 0, 1).finished();
+    Flat expect = b;
+    for (int c = 0; c < 3; ++c) {
+        VectorXd col = expect.col(c);
+        lubksb_a(f.p(), 3, swap02, col.data());
+        expect.col(c) = col;
+    }
+    double *rows[3] = {b.row(0).data(), b.row(1).data(), b.row(2).data()};
+    qx_lubksb_a_columns(f.p(), 3, swap02, rows, 3);
+    EXPECT_EQ(std::memcmp(b.data(), expect.data(), sizeof(double) * 9), 0);
 }
 
 TEST_F(LuDecomposition, RandomSystemsMeetLapacksCriterion)
