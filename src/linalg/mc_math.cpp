@@ -1,9 +1,11 @@
 // mc_math.cpp — the MC_ routines: arithmetic, predicates, projections and
 // distances on 3-vectors, lines (unit direction, point) and planes
-// (unit normal n, d with n.x = d), and the 3x3 Cramer solve. No argument
-// checks; the tolerances are fixed absolute constants. A null vector or a
-// singular system prints a line on standard output and is raised (code 17);
-// if the host returns, the arithmetic goes on with the small divisor.
+// (unit normal n, d with n.x = d), the 3x3 Cramer solve, and (at the end)
+// 4x4 transforms applied to points and vectors or built between two
+// coordinate-system records. No argument checks; the tolerances are fixed
+// absolute constants. A null vector or a singular system prints a line on
+// standard output and is raised (code 17); if the host returns, the
+// arithmetic goes on with the small divisor.
 //
 // Exported routines call each other through the static helpers below, not
 // through their exported (interposable) names, so that they inline.
@@ -13,6 +15,7 @@
 #include <cstdio>
 
 #include <qxmath/frame.h>
+#include <qxmath/transform.h>
 #include <qxmath/vector.h>
 
 #include "frame/check.h"
@@ -298,14 +301,11 @@ void MC_axis_plane_x(const double U[3], const double P[3], const double n[3], do
 // Transforms are sixteen doubles by rows (translation at 3, 7, 11); records
 // are an origin followed by an orientation matrix (transform.h).
 
-#include <qxmath/transform.h>
-
 void MC_apply_transform_to_point(const double T[16], const double p[3], double q[3])
 {
-    const double x = p[0], y = p[1], z = p[2];
-    const double r0 = T[0] * x + T[1] * y + T[2] * z + T[3];
-    const double r1 = T[4] * x + T[5] * y + T[6] * z + T[7];
-    const double r2 = T[8] * x + T[9] * y + T[10] * z + T[11];
+    const double r0 = dot3(T, p) + T[3];
+    const double r1 = dot3(T + 4, p) + T[7];
+    const double r2 = dot3(T + 8, p) + T[11];
     q[0] = r0;
     q[1] = r1;
     q[2] = r2;
@@ -313,10 +313,9 @@ void MC_apply_transform_to_point(const double T[16], const double p[3], double q
 
 void MC_apply_transform_to_vector(const double T[16], const double v[3], double w[3])
 {
-    const double x = v[0], y = v[1], z = v[2];
-    const double r0 = T[0] * x + T[1] * y + T[2] * z;
-    const double r1 = T[4] * x + T[5] * y + T[6] * z;
-    const double r2 = T[8] * x + T[9] * y + T[10] * z;
+    const double r0 = dot3(T, v);
+    const double r1 = dot3(T + 4, v);
+    const double r2 = dot3(T + 8, v);
     w[0] = r0;
     w[1] = r1;
     w[2] = r2;
@@ -329,7 +328,7 @@ int MC_calc_csys_to_csys_transform(const double S1[12], const double S2[12], dou
     for (int i = 0; i < 3; ++i) {
         for (int j = 0; j < 3; ++j)
             t[4 * i + j] = r2[i] * r1[j] + r2[3 + i] * r1[3 + j] + r2[6 + i] * r1[6 + j];
-        t[4 * i + 3] = o2[i] - (t[4 * i] * o1[0] + t[4 * i + 1] * o1[1] + t[4 * i + 2] * o1[2]);
+        t[4 * i + 3] = o2[i] - dot3(t + 4 * i, o1);
     }
     t[12] = t[13] = t[14] = 0.0;
     t[15] = 1.0;
