@@ -106,25 +106,22 @@ int end_rule(const BCDF *df, int n, const double *t, bool at_end, int k, double 
     if (n == 2) return two_point_rule(df, t, out);
     const int e = at_end ? n - 1 : 0;
     const int next = at_end ? n - 2 : 1;
-    double pts[9];
+    double pts[9] = {};
     int index = 0;
     if (BCDF_slope_at_point(df, next, &index) == 1) {
         double slope[3] = {0.0, 0.0, 0.0};
         int type = 0;
         BCDF_copy_single_3d_slope(df, index, slope, &type);
-        double pe[3], pn[3];
-        point3(df, e, pe);
-        point3(df, next, pn);
+        // The two positions in parameter order; the slope's slot stays 0.
+        const int lo = at_end ? next : e, hi = at_end ? e : next;
+        double *plo = pts, *phi = at_end ? pts + 6 : pts + 3;
+        point3(df, lo, plo);
+        point3(df, hi, phi);
         if (type == 2 || type == 4 || type == 5) {
-            mirrored_rule(slope, pe, pn, k, out);
+            mirrored_rule(slope, at_end ? phi : plo, at_end ? plo : phi, k, out);
             return 0;
         }
-        for (int j = 0; j < 3; ++j) {
-            pts[j] = at_end ? pn[j] : pe[j];
-            pts[3 + j] = at_end ? 0.0 : pn[j];
-            pts[6 + j] = at_end ? pe[j] : 0.0;
-        }
-        const double params[3] = {t[at_end ? next : e], t[next], t[at_end ? e : next]};
+        const double params[3] = {t[lo], t[next], t[hi]};
         return quadratic_derivatives(pts, params, slope, at_end ? 2 : 1, t[e], k, out);
     }
     const int first = at_end ? n - 3 : 0;
@@ -187,10 +184,11 @@ int BCDF_CALC_quadratic_apprx(const double points[9], const double params[3], co
                               int mode, double t, int num_derivs, double *out)
 {
     // Rows (t^2, t, 1) for a position, (2t, 1, 0) for a slope condition.
+    const int slope_row = mode == 1 ? 2 : mode == 2 ? 1 : -1;
     double m[9];
     for (int r = 0; r < 3; ++r) {
         const double tr = params[r];
-        const bool is_slope = (mode == 1 && r == 2) || (mode == 2 && r == 1);
+        const bool is_slope = r == slope_row;
         m[3 * r] = is_slope ? 2.0 * tr : tr * tr;
         m[3 * r + 1] = is_slope ? 1.0 : tr;
         m[3 * r + 2] = is_slope ? 0.0 : 1.0;
@@ -199,8 +197,7 @@ int BCDF_CALC_quadratic_apprx(const double points[9], const double params[3], co
     for (int j = 0; j < 3; ++j) {
         double b[3];
         for (int r = 0; r < 3; ++r) {
-            const bool is_slope = (mode == 1 && r == 2) || (mode == 2 && r == 1);
-            b[r] = is_slope ? slope[j] : points[3 * r + j];
+            b[r] = r == slope_row ? slope[j] : points[3 * r + j];
         }
         const int status = SOLVE_solve_3equations(m, b, abc + 3 * j);
         if (status != 0) return status;
