@@ -16,10 +16,13 @@
  *
  * Scratch memory comes from SM_alloc and is freed on every path before any report of this
  * file. A report made inside a routine called from here (an exhausted Jacobi sweep count, a
- * failing host allocation) leaves the transient scratch to the host's current operation if
- * the host unwinds. When a host allocation fails and its report returns, the fit returns
- * with the flag set to 1 and its point/centre, radius and normal outputs zeroed; the line and
- * plane fits then leave dev unwritten, the circle and sphere fits zero it.
+ * failing host allocation) leaves to the host's current operation, if the host unwinds, the
+ * scratch alive at that moment: the scatter and eigenvector matrices and the centred copy
+ * of the line and plane fits (around Jacobi), the in-plane points of the 3-D circle fit
+ * (around its 2-D fit). The algebraic part of the circle and sphere fits keeps its small
+ * matrices on the stack. When a host allocation fails and its report returns, the fit
+ * returns with the flag set to 1 and its point/centre, radius and normal outputs zeroed; the
+ * line and plane fits then leave dev unwritten, the circle and sphere fits zero it.
  *
  * Nothing is checked at any checking level; the only report of this file is
  * "There are no input points." through ERROR_internal, made whatever the checking level.
@@ -127,8 +130,8 @@ QXMATH_API void LSFIT_plane_to_points(const double *pts, int n, double point[3],
  * two distinct points, NaN included) — or when the solution has A = 0 or |B|^2 - 4AD <= 0
  * or gives a non-finite centre or radius.
  *
- * n < 1: "There are no input points." through ERROR_internal; if the host returns, flag 1
- * and zeroed outputs. */
+ * n < 1: "There are no input points." through ERROR_internal (after the line fit, which
+ * does not report); if the host returns, flag 1 and zeroed outputs. */
 QXMATH_API void LSFIT_circle_to_points_2d(const double *pts, int n, double centre[2],
                                           double *radius, int *degenerate, double dev[3]);
 
@@ -148,8 +151,9 @@ QXMATH_API void LSFIT_circle_to_points_2d(const double *pts, int n, double centr
  * plane normal (MTX3_init_z) with its origin at the centroid, fits the circle to their X, Y
  * coordinates (LSFIT_circle_to_points_2d) and maps the centre back. Degenerate (flag 1, every
  * output zero) when the plane fit is degenerate or its normal is null, or when the 2-D fit
- * is (coincident or collinear points). n < 1: the report of LSFIT_circle_to_points_2d, then
- * flag 1 and zeroed outputs. */
+ * is (coincident or collinear points). n < 1: "There are no input points." through
+ * ERROR_internal (after the plane fit, which does not report); if the host returns, flag 1
+ * and zeroed outputs. */
 QXMATH_API void LSFIT_circle_to_points_3d(const double *pts, int n, double centre[3],
                                           double *radius, double normal[3], int *degenerate,
                                           double dev[3]);

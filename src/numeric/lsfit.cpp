@@ -23,22 +23,7 @@
 #include <qxmath/orientation.h>
 
 #include "linalg/vec_internal.h"
-
-namespace qx::lsfit
-{
-
-// Fall-back outcomes: a normal was made; the points are degenerate (flag
-// set, outputs zeroed); or (plane only) they all coincide and the fit
-// returns without writing anything more.
-enum Fallback { kNormalMade, kDegenerate, kCoincident };
-
-// The fall-back constructions on the centred points c (n >= 1 of them).
-// Hidden but not file-local, so that the tests reach paths no finite input
-// takes.
-Fallback line_fallback(const double *c, int n, double normal[2], int *degenerate);
-Fallback plane_fallback(const double *c, int n, double normal[3], int *degenerate);
-
-} // namespace qx::lsfit
+#include "numeric/lsfit_internal.h"
 
 namespace
 {
@@ -105,6 +90,26 @@ template <size_t D> size_t farthest(const double *c, size_t n, double *len2)
     return best;
 }
 
+// The eigenvalue choice of the line and plane fits (and of the unit-norm
+// algebraic fit): each of the m eigenvalues of magnitude at most kZeroEigen
+// is set to 0.0, then the smallest non-negative one is taken from the bound
+// kNoEigen, only a strictly smaller value replacing it. *lambda is the
+// chosen value (the bound when none); the result its index, or m when the
+// bound has not moved by more than kZeroEigen.
+size_t choose_smallest(double *eig, size_t m, double *lambda)
+{
+    *lambda = kNoEigen;
+    size_t chosen = 0;
+    for (size_t j = 0; j < m; ++j) {
+        if (std::fabs(eig[j]) <= kZeroEigen) eig[j] = 0.0;
+        if (eig[j] >= 0.0 && eig[j] < *lambda) {
+            *lambda = eig[j];
+            chosen = j;
+        }
+    }
+    return kNoEigen - *lambda > kZeroEigen ? chosen : m;
+}
+
 // The scratch of a line or plane fit: scatter and eigenvector matrices and
 // the centred copy. NULL members are allowed (a failed allocation).
 struct FlatScratch {
@@ -158,16 +163,9 @@ void fit_flat(const double *pts, int n, double *point, double *normal, int *dege
     int nrot = 0;
     NR_ask_eigenvalues_jacobi(w.s, kD, kSweepLimit, eig, w.v, &nrot);
 
-    double lambda = kNoEigen;
-    size_t chosen = 0;
-    for (size_t j = 0; j < D; ++j) {
-        if (std::fabs(eig[j]) <= kZeroEigen) eig[j] = 0.0;
-        if (eig[j] >= 0.0 && eig[j] < lambda) {
-            lambda = eig[j];
-            chosen = j;
-        }
-    }
-    if (kNoEigen - lambda > kZeroEigen) {
+    double lambda;
+    const size_t chosen = choose_smallest(eig, D, &lambda);
+    if (chosen < D) {
         double col[D];
         for (size_t k = 0; k < D; ++k) col[k] = w.v[k][chosen];
         unitize<D>(col, normal);
@@ -212,14 +210,14 @@ void fit_flat(const double *pts, int n, double *point, double *normal, int *dege
 // Largest distance of the points from the centroid cen, their root-mean-
 // square distance, and (with a unit normal) their largest distance from the
 // line or plane through cen with that normal.
-template <size_t D> struct Spread {
+struct Spread {
     double max_dist, rms, max_off;
 };
 
 template <size_t D>
-Spread<D> spread(const double *pts, size_t n, const double *cen, const double *unit_normal)
+Spread spread(const double *pts, size_t n, const double *cen, const double *unit_normal)
 {
-    Spread<D> r{0.0, 0.0, 0.0};
+    Spread r{0.0, 0.0, 0.0};
     double sum2 = 0.0;
     for (size_t i = 0; i < n; ++i) {
         double q[D];
@@ -235,16 +233,16 @@ Spread<D> spread(const double *pts, size_t n, const double *cen, const double *u
     return r;
 }
 
-// Flat (collinear or coplanar) within kFlatRatio of the spread; NaN counts.
-template <size_t D> bool is_flat(const Spread<D> &s)
+// Flat (collinear or coplanar) within kFlatRatio of the spread; NaN counts,
+// and so does a null normal.
+bool is_flat(const Spread &s)
 {
     return !(s.max_off > kFlatRatio * s.max_dist) || !(s.rms > 0.0) || !std::isfinite(s.rms);
 }
 
 // The algebraic fit of a circle (D = 2) or sphere (D = 3) to n >= 1 points
 // about their centroid cen, scaled by scale > 0. Writes centre and radius
-// and returns 1; returns 0 when there is no such circle or sphere, or when
-// the scratch could not be allocated.
+// and returns 1; returns 0 when there is no such circle or sphere.
 template <size_t D>
 int algebraic_fit(const double *pts, size_t n, const double *cen, double scale, double *centre,
                   double *radius)
@@ -252,11 +250,9 @@ int algebraic_fit(const double *pts, size_t n, const double *cen, double scale, 
     constexpr size_t m = D + 2;
     constexpr size_t mm = m * m;
     // Moments (kept), second matrix (destroyed by the solver), Pratt's matrix,
-    // eigenvectors, eigenvalues.
-    double *block = static_cast<double *>(SM_alloc((4 * mm + m) * sizeof(double)));
-    if (block == nullptr) return 0;
-    double *mom = block, *second = block + mm, *pratt = block + 2 * mm, *vec = block + 3 * mm;
-    double *eig = block + 4 * mm;
+    // eigenvectors, eigenvalues: small enough for the stack, so nothing of
+    // this fit is left behind if a report in the solver unwinds.
+    double mom[mm], second[mm], pratt[mm], vec[mm], eig[m];
 
     NR_matrix_2d_as_1d_init_zero(mom, static_cast<int>(m), static_cast<int>(m));
     const double inv_scale = 1.0 / scale;
@@ -306,15 +302,9 @@ int algebraic_fit(const double *pts, size_t n, const double *cen, double scale, 
         NR_matrix_2d_as_1d_identity(second, static_cast<int>(m));
         NR_generalized_eigenvalues_symm(mom, second, static_cast<int>(m), kSweepLimit, eig, vec,
                                         &nrot, &status);
-        double lambda = kNoEigen;
-        for (size_t j = 0; j < m; ++j) {
-            if (std::fabs(eig[j]) <= kZeroEigen) eig[j] = 0.0;
-            if (eig[j] >= 0.0 && eig[j] < lambda) {
-                lambda = eig[j];
-                chosen = j;
-            }
-        }
-        if (status != 0 || !(kNoEigen - lambda > kZeroEigen)) chosen = m;
+        double lambda;
+        chosen = choose_smallest(eig, m, &lambda);
+        if (status != 0) chosen = m;
     }
     int ok = 0;
     if (chosen < m) {
@@ -339,7 +329,6 @@ int algebraic_fit(const double *pts, size_t n, const double *cen, double scale, 
             }
         }
     }
-    SM_free(block);
     return ok;
 }
 
@@ -379,6 +368,34 @@ template <size_t D> void zero_round(double *centre, double *radius, int *degener
     *radius = 0.0;
     *degenerate = 0;
     zero<3>(dev);
+}
+
+// The circle (D = 2) and sphere (D = 3) fits. The line or plane fit comes
+// first: its normal measures how far the points are from a line or plane (a
+// degenerate or silent fit leaves it null, which counts as flat).
+template <size_t D>
+void fit_round(const double *pts, int n, double *centre, double *radius, int *degenerate,
+               double *dev)
+{
+    zero_round<D>(centre, radius, degenerate, dev);
+    double fpoint[D], fnormal[D], fdev[3];
+    int fdeg = 0;
+    fit_flat<D>(pts, n, fpoint, fnormal, &fdeg, fdev);
+    if (n < 1) {
+        report_no_points();
+        *degenerate = 1;
+        return;
+    }
+    const size_t np = count(n);
+    double cen[D];
+    centroid<D>(pts, np, cen);
+    const Spread s = spread<D>(pts, np, cen, fnormal);
+    if (is_flat(s) || !algebraic_fit<D>(pts, np, cen, s.rms, centre, radius)) {
+        zero_round<D>(centre, radius, degenerate, dev);
+        *degenerate = 1;
+        return;
+    }
+    round_deviations<D>(pts, np, centre, *radius, dev);
 }
 
 } // namespace
@@ -452,53 +469,13 @@ void LSFIT_plane_to_points(const double *pts, int n, double point[3], double nor
 void LSFIT_circle_to_points_2d(const double *pts, int n, double centre[2], double *radius,
                                int *degenerate, double dev[3])
 {
-    zero_round<2>(centre, radius, degenerate, dev);
-    if (n < 1) {
-        report_no_points();
-        *degenerate = 1;
-        return;
-    }
-    const size_t np = count(n);
-    // The line fit's normal measures how far the points are from a line.
-    double lpoint[2], lnormal[2], ldev[3];
-    int ldeg = 0;
-    LSFIT_line_to_points_2d(pts, n, lpoint, lnormal, &ldeg, ldev);
-    double cen[2];
-    centroid<2>(pts, np, cen);
-    const Spread<2> s = spread<2>(pts, np, cen, lnormal);
-    if (ldeg != 0 || is_flat(s) || !algebraic_fit<2>(pts, np, cen, s.rms, centre, radius)) {
-        zero_round<2>(centre, radius, degenerate, dev);
-        *degenerate = 1;
-        return;
-    }
-    round_deviations<2>(pts, np, centre, *radius, dev);
+    fit_round<2>(pts, n, centre, radius, degenerate, dev);
 }
 
 void LSFIT_sphere_to_points_3d(const double *pts, int n, double centre[3], double *radius,
                                int *degenerate, double dev[3])
 {
-    zero_round<3>(centre, radius, degenerate, dev);
-    // The plane fit tells coplanar points; its silent return leaves its
-    // normal null, which counts as coplanar below.
-    double ppoint[3], pnormal[3] = {0.0, 0.0, 0.0}, pdev[3];
-    int pdeg = 0;
-    LSFIT_plane_to_points(pts, n, ppoint, pnormal, &pdeg, pdev);
-    if (n < 1) {
-        report_no_points();
-        *degenerate = 1;
-        return;
-    }
-    const size_t np = count(n);
-    double cen[3];
-    centroid<3>(pts, np, cen);
-    const Spread<3> s = spread<3>(pts, np, cen, pnormal);
-    if (pdeg != 0 || qx::vec::dot3(pnormal, pnormal) == 0.0 || is_flat(s) ||
-        !algebraic_fit<3>(pts, np, cen, s.rms, centre, radius)) {
-        zero_round<3>(centre, radius, degenerate, dev);
-        *degenerate = 1;
-        return;
-    }
-    round_deviations<3>(pts, np, centre, *radius, dev);
+    fit_round<3>(pts, n, centre, radius, degenerate, dev);
 }
 
 void LSFIT_circle_to_points_3d(const double *pts, int n, double centre[3], double *radius,
@@ -506,17 +483,15 @@ void LSFIT_circle_to_points_3d(const double *pts, int n, double centre[3], doubl
 {
     zero_round<3>(centre, radius, degenerate, dev);
     zero<3>(normal);
-    double ppoint[3], pnormal[3] = {0.0, 0.0, 0.0}, pdev[3];
+    double ppoint[3], pnormal[3], pdev[3];
     int pdeg = 0;
-    LSFIT_plane_to_points(pts, n, ppoint, pnormal, &pdeg, pdev);
-    double frame[9];
+    fit_flat<3>(pts, n, ppoint, pnormal, &pdeg, pdev);
     if (n < 1) {
-        // The 2-D fit makes the report (and zeroes its outputs if it returns).
-        double c2[2];
-        LSFIT_circle_to_points_2d(pts, n, c2, radius, degenerate, dev);
+        report_no_points();
         *degenerate = 1;
         return;
     }
+    double frame[9];
     const size_t np = count(n);
     double *flat = nullptr;
     if (pdeg == 0 && MTX3_init_z(pnormal, frame))
@@ -530,7 +505,7 @@ void LSFIT_circle_to_points_3d(const double *pts, int n, double centre[3], doubl
             flat[i * 2] = qx::vec::dot3(frame, q);
             flat[i * 2 + 1] = qx::vec::dot3(frame + 3, q);
         }
-        LSFIT_circle_to_points_2d(flat, n, c2, &r, &deg2, dev2);
+        fit_round<2>(flat, n, c2, &r, &deg2, dev2);
         SM_free(flat);
     }
     if (deg2 != 0) {
