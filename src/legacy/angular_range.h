@@ -3,42 +3,32 @@
 #ifndef QXMATH_LEGACY_ANGULAR_RANGE_H
 #define QXMATH_LEGACY_ANGULAR_RANGE_H
 
-#include <qxmath/numbered.h>
+#include "legacy/qxmath_internal.h"
 
 namespace qx_legacy
 {
 
-// Stored, not computed, as everywhere in the numbered routines.
-constexpr double kTwoPi = 6.283185307179586;
+// a reduced into [0, 2pi) as h002_ does.
+inline double reduced_angle(double a) { return reduced(a, kTwoPi); }
 
 // Reduces r = (start, end) with h002_ on copies into *s in [0, 2pi) and *e in [*s, *s + 2pi).
 // True for the whole circle (ends equal, or an arc within the number tolerance of 0 or 2pi
 // long); *e is then *s + 2pi.
 inline bool unroll_angular_range(const double r[2], double *s, double *e)
 {
-    static const int number_tol = 0;
-    static const double zero = 0.0, two_pi = kTwoPi;
-    *s = r[0];
-    *e = r[1];
-    h002_(s, &two_pi);
-    h002_(e, &two_pi);
+    *s = reduced_angle(r[0]);
+    *e = reduced_angle(r[1]);
     if (*e < *s) *e += kTwoPi;
     const double w = *e - *s;
-    int none = 0, whole = 0;
-    h805_(&w, &zero, &number_tol, &none);
-    h805_(&w, &two_pi, &number_tol, &whole);
-    if (none || whole) *e = *s + kTwoPi;
-    return none || whole;
-}
-
-// a reduced into [0, 2pi) by h002_.
-inline double reduced_angle(double a)
-{
-    static const double two_pi = kTwoPi;
-    h002_(&a, &two_pi);
-    return a;
+    const bool full = equal_under(w, 0.0, 0) || equal_under(w, kTwoPi, 0);
+    if (full) *e = *s + kTwoPi;
+    return full;
 }
 
 } // namespace qx_legacy
+
+// Hidden twins of h010_ and h012_ for h009_ and h010_ (same results).
+void qx_h010(const double r1[2], const double r2[2], double out[4], int *code);
+void qx_h012(const double r1[2], const double r2[2], double out[4], int *code);
 
 #endif

@@ -6,19 +6,9 @@
 
 #include <qxmath/numbered.h>
 
+#include "legacy/qxmath_internal.h"
+
 void h0062_(double *x, const double *start, const double *period, int *found)
 {
-    static const int number_tol = 0;
-    *found = 0;
-    if (!(*period > 0.0)) return;
-    const double lim[2] = {*start, *start + *period};
-    double y = 0.0;
-    h0005_(x, start, period, &y);
-    // h0005_ leaves x where it is when it cannot place it, outside the range.
-    double t = y;
-    h809_(&t, lim, &number_tol, found);
-    if (!*found) return;
-    int far = 0;
-    h805_(&y, &lim[1], &number_tol, &far);
-    *x = far ? y - *period : y;
+    qx_place_half_open(x, *start, *period, false, found);
 }

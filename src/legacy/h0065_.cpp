@@ -8,9 +8,11 @@
 
 #include <qxmath/numbered.h>
 
+#include "legacy/qxmath_internal.h"
+
 void h0065_(double *x, const double lim[2], int *count, int *found)
 {
-    static const int range_period = 0, number_tol = 0;
+    constexpr int number_tol = 0;
     const double lo = lim[0] < lim[1] ? lim[0] : lim[1];
     const double hi = lim[0] < lim[1] ? lim[1] : lim[0];
     const double p = hi - lo;
@@ -18,12 +20,10 @@ void h0065_(double *x, const double lim[2], int *count, int *found)
     *found = 0;
     if (!(p > 0.0)) return;
     int k = 0;
-    h006_(x, lim, &range_period, &p, found, &k);
+    qx_h006(*x, lim, false, p, found, &k);
     if (!*found) return;
     double y = *x + static_cast<double>(k) * p;
-    int eq = 0;
-    h805_(&y, &hi, &number_tol, &eq);
-    if (eq) {
+    if (qx_legacy::equal_under(y, hi, number_tol)) {
         if (k == INT_MIN) { // one period less does not fit: as a count beyond int
             *found = 0;
             return;

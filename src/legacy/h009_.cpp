@@ -3,6 +3,8 @@
 #define QX_SOURCE_FILE "h009_"
 #include "frame/check.h"
 
+#include <qxmath/numbered.h>
+
 #include "legacy/angular_range.h"
 
 using qx_legacy::kTwoPi;
@@ -16,7 +18,7 @@ double ccw_gap(double a, double b) { return b < a ? b - a + kTwoPi : b - a; }
 void h009_(const double r1[2], const double r2[2], double out[2], int *code)
 {
     double u[4] = {0.0, 0.0, 0.0, 0.0};
-    h010_(r1, r2, u, code);
+    qx_h010(r1, r2, u, code);
     out[0] = u[0];
     out[1] = u[1];
     if (*code != 2) return;

@@ -3,11 +3,18 @@
 #define QX_SOURCE_FILE "h010_"
 #include "frame/check.h"
 
+#include <qxmath/numbered.h>
+
 #include "legacy/angular_range.h"
 
 using qx_legacy::unroll_angular_range;
 
 void h010_(const double r1[2], const double r2[2], double out[4], int *code)
+{
+    qx_h010(r1, r2, out, code);
+}
+
+void qx_h010(const double r1[2], const double r2[2], double out[4], int *code)
 {
     double s = 0.0, e = 0.0;
     const bool full1 = unroll_angular_range(r1, &s, &e);
@@ -21,7 +28,7 @@ void h010_(const double r1[2], const double r2[2], double out[4], int *code)
     const double c1[2] = {r1[1], r1[0]}, c2[2] = {r2[1], r2[0]};
     double gaps[4] = {0.0, 0.0, 0.0, 0.0};
     int gap_code = 0;
-    h012_(c1, c2, gaps, &gap_code);
+    qx_h012(c1, c2, gaps, &gap_code);
     if (gap_code == 2) {
         out[0] = out[1] = 0.0;
     } else if (gap_code == 1) {

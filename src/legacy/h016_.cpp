@@ -11,8 +11,9 @@
 #include <complex>
 #include <utility>
 
-#include <qxmath/frame.h>
 #include <qxmath/numbered.h>
+
+#include "legacy/qxmath_internal.h"
 
 namespace
 {
@@ -83,18 +84,14 @@ int cardano(double a, double b, double c, double tol, double re[3], double im[3]
         return 1;
     }
     // Three real roots: u is a complex cube root, v its conjugate, t_k = 2 Re(w^k u).
-    static const int three = 3;
     const double z[2] = {-q / 2.0, std::sqrt(-disc)};
     double u[2] = {0.0, 0.0};
-    h018_(z, &three, u);
+    qx_h018(z, 3, u);
     const double omega[2] = {-0.5, kSqrt3Half};
     double rot[2] = {u[0], u[1]};
     for (int k = 0; k < 3; ++k) {
         re[k] = 2.0 * rot[0] - shift;
-        double next[2] = {0.0, 0.0};
-        h017_(rot, omega, next);
-        rot[0] = next[0];
-        rot[1] = next[1];
+        qx_legacy::cmul(rot, omega, rot);
     }
     return 3;
 }
@@ -109,7 +106,7 @@ void quadratic(double b, double c, double re[2], double im[2])
     if (!(scale > 0.0)) scale = 1.0;
     const double k[3] = {c / (scale * scale), b / scale, 1.0};
     int kind = 0, degree = 0, nreal = 0;
-    h014_(k, re, im, &kind, &degree, &nreal);
+    qx_h014(k, re, im, &kind, &degree, &nreal);
     for (int i = 0; i < 2; ++i) {
         re[i] *= scale;
         im[i] *= scale;
@@ -150,13 +147,12 @@ void ferrari(double a, double b, double c, double d, double tol, double re[4], d
         quadratic(s, p / 2.0 + m - q / (2.0 * s), re + 2, im + 2);
     } else {
         // Biquadratic: y^2 = z for the roots z of z^2 + p z + r.
-        static const int two = 2;
         double zr[2], zi[2];
         quadratic(p, r, zr, zi);
         for (int i = 0; i < 2; ++i) {
             const double z[2] = {zr[i], zi[i]};
             double w[2] = {0.0, 0.0};
-            h018_(z, &two, w);
+            qx_h018(z, 2, w);
             if (zi[i] == 0.0 && zr[i] >= 0.0) w[1] = 0.0; // real square roots stay real
             re[2 * i] = w[0];
             im[2 * i] = w[1];
@@ -246,7 +242,7 @@ void h016_(const int *n, const double *c, double *re, double *im, int *kind, int
         if (m > big) big = m;
     }
     for (int i = 0; i < nn; ++i) re[i] = im[i] = 0.0;
-    const double tol = EQ_ask_number_tolerance();
+    const double tol = qx_tolerance(0);
 
     double norm = 0.0;
     if (big > 0.0) {
@@ -263,7 +259,7 @@ void h016_(const int *n, const double *c, double *re, double *im, int *kind, int
     double r[4] = {0.0, 0.0, 0.0, 0.0}, s[4] = {0.0, 0.0, 0.0, 0.0};
     if (deg <= 2) {
         int d2 = 0, nr2 = 0;
-        h014_(k, r, s, kind, &d2, &nr2);
+        qx_h014(k, r, s, kind, &d2, &nr2);
         if (*kind == 1 || *kind == 4) return; // no root, or identity: degree 0
         deg = d2;
     } else if (deg == 3) {

@@ -2,10 +2,10 @@
 // comparison and interval classification, angles and their reduction, 2-D and
 // 3-D distances, a frame product, transpose, axis rotation and frame from a
 // normal, the quadratic and 3x3 Cramer solvers and two complex operations.
-// Every argument is by address; nothing here raises or prints. The angle
-// constants are stored literals, never computed, so that every caller sees
-// the same bits. A tolerance index outside 0..7 selects tolerance 0.0 (exact
-// comparison) instead of reading outside the table.
+// Every argument is by address; nothing here raises or prints. The bodies the
+// other numbered routines share (comparisons, period reduction, complex
+// product, the angle constants) live in qxmath_internal.h; h014_ and h018_
+// are wrappers of their hidden twins qx_h014 and qx_h018.
 #define QX_SOURCE_FILE "qxmath"
 #include "frame/check.h"
 
@@ -13,31 +13,32 @@
 
 #include <qxmath/numbered.h>
 
-#include "frame/session_block.h"
+#include "legacy/qxmath_internal.h"
 #include "linalg/vec_internal.h"
+
+using namespace qx_legacy;
 
 namespace
 {
-
-constexpr double kPi = 3.141592653589793;
-constexpr double kHalfPi = 1.5707963267948966;
-constexpr double kThreeHalfPi = 4.71238898038469;
-constexpr double kTwoPi = 6.283185307179586;
-
-// Entry i of the tolerance table; 0.0 for an index outside the table.
-inline double table_entry(int i) { return (i >= 0 && i <= 7) ? qx_tolerance(i) : 0.0; }
-
-// The comparison of h805_: |a - b| <= |tol[i]|, equality included.
-inline bool equal_under(double a, double b, int i)
-{
-    return std::fabs(a - b) <= std::fabs(table_entry(i));
-}
 
 // a . (b x c) expanded by the cofactors of a, in the order h004_ fixes.
 inline double triple(const double *a, const double *b, const double *c)
 {
     return a[0] * (b[1] * c[2] - b[2] * c[1]) - a[1] * (b[0] * c[2] - b[2] * c[0]) +
            a[2] * (b[0] * c[1] - c[0] * b[1]);
+}
+
+// The angle in [0, 2pi) of (c, s): s within t of 0 gives 0 or pi, else c within t of 0
+// pi/2 or 3pi/2, else atan(s/c) moved into the quadrant (h053_ under the number tolerance,
+// h018_ with exact tests).
+inline double quadrant_angle(double s, double c, double t)
+{
+    if (std::fabs(s) <= t) return c < 0.0 ? kPi : 0.0;
+    if (std::fabs(c) <= t) return s < 0.0 ? kThreeHalfPi : kHalfPi;
+    const double a = std::atan(s / c);
+    if (c > 0.0 && s < 0.0) return a + kTwoPi;
+    if (c < 0.0) return a + kPi;
+    return a;
 }
 
 } // namespace
@@ -56,33 +57,12 @@ void h806_(const double *a, const double *b, const double *t, int *eq)
 
 void h804_(double *x, const double lim[2], const int *i, int *code)
 {
-    const double lo = lim[0], hi = lim[1], v = *x;
-    const int k = *i;
-    if (equal_under(v, lo, k)) {
-        *x = lo;
-        *code = 2;
-    } else if (v <= lo) {
-        *code = 1;
-    } else if (equal_under(v, hi, k)) {
-        *x = hi;
-        *code = 4;
-    } else {
-        *code = v <= hi ? 3 : 5;
-    }
+    *code = classify(x, lim, *i);
 }
 
 void h809_(double *x, const double lim[2], const int *i, int *inside)
 {
-    const double lo = lim[0], hi = lim[1], v = *x;
-    const int k = *i;
-    *inside = 1;
-    if (lo <= v && v <= hi) return;
-    if (equal_under(v, lo, k))
-        *x = lo;
-    else if (equal_under(v, hi, k))
-        *x = hi;
-    else
-        *inside = 0;
+    *inside = snap_into(x, lim, *i);
 }
 
 void h000_(double *x)
@@ -101,42 +81,10 @@ void h206_(const double *p, const double *q, const double *t, int *eq)
 
 void h053_(const double *s, const double *c, double *ang)
 {
-    const double sv = *s, cv = *c;
-    double a;
-    if (equal_under(sv, 0.0, 0)) {
-        a = cv < 0.0 ? kPi : 0.0;
-    } else if (equal_under(cv, 0.0, 0)) {
-        a = sv < 0.0 ? kThreeHalfPi : kHalfPi;
-    } else {
-        const double t = std::atan(sv / cv);
-        a = t;
-        if (cv > 0.0 && sv < 0.0) a = t + kTwoPi;
-        if (cv < 0.0) a = t + kPi;
-    }
-    *ang = a;
+    *ang = quadrant_angle(*s, *c, std::fabs(tolerance_entry(0)));
 }
 
-void h002_(double *x, const double *p)
-{
-    const double pv = *p, v = *x;
-    if (pv < 0.0) return;
-    if (equal_under(v, pv, 0)) {
-        *x = 0.0;
-    } else if (equal_under(pv, 0.0, 0)) {
-        return;
-    } else if (v > 0.0) {
-        const double r = std::fmod(v, pv);
-        *x = equal_under(r, 0.0, 0) ? 0.0 : r;
-    } else {
-        const double r = std::fmod(std::fabs(v), pv);
-        if (equal_under(r, 0.0, 0)) {
-            *x = 0.0;
-        } else {
-            const double w = pv - r;
-            *x = equal_under(w, 0.0, 0) ? 0.0 : w;
-        }
-    }
-}
+void h002_(double *x, const double *p) { *x = reduced(*x, *p); }
 
 void h013_(const double p[3], const double *r, const double *ang, double q[3])
 {
@@ -230,6 +178,11 @@ void h099_(const double n[3], double m[9])
 
 void h014_(const double c[3], double re[2], double im[2], int *kind, int *degree, int *nreal)
 {
+    qx_h014(c, re, im, kind, degree, nreal);
+}
+
+void qx_h014(const double c[3], double re[2], double im[2], int *kind, int *degree, int *nreal)
+{
     double c0 = c[0], c1 = c[1], c2 = c[2];
     const double eps = qx_tolerance(0);
     re[0] = re[1] = im[0] = im[1] = 0.0;
@@ -292,30 +245,16 @@ void h015_(const double a[3], const double b[3], const double c[3], const double
     *status = 1;
 }
 
-void h017_(const double a[2], const double b[2], double c[2])
-{
-    const double re = a[0] * b[0] - a[1] * b[1];
-    const double im = a[0] * b[1] + a[1] * b[0];
-    c[0] = re;
-    c[1] = im;
-}
+void h017_(const double a[2], const double b[2], double c[2]) { cmul(a, b, c); }
 
-void h018_(const double z[2], const int *n, double w[2])
+void h018_(const double z[2], const int *n, double w[2]) { qx_h018(z, *n, w); }
+
+void qx_h018(const double z[2], int n, double w[2])
 {
     const double x = z[0], y = z[1];
-    const double r = std::hypot(x, y); // the modulus of a tiny z must not underflow
-    double phi;
-    if (y == 0.0) {
-        phi = x >= 0.0 ? 0.0 : kPi;
-    } else if (x == 0.0) {
-        phi = y > 0.0 ? kHalfPi : kThreeHalfPi;
-    } else {
-        const double t = std::atan(y / x);
-        phi = t;
-        if (x > 0.0 && y < 0.0) phi = t + kTwoPi;
-        if (x < 0.0) phi = t + kPi;
-    }
-    const double dn = static_cast<double>(*n);
+    const double r = std::hypot(x, y);            // the modulus of a tiny z must not underflow
+    const double phi = quadrant_angle(y, x, 0.0); // exact zero tests
+    const double dn = static_cast<double>(n);
     const double rn = std::pow(r, 1.0 / dn);
     w[0] = rn * std::cos(phi / dn);
     w[1] = rn * std::sin(phi / dn);
