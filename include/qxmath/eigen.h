@@ -70,7 +70,7 @@ QXMATH_API void NR_ask_eigenvalues_jacobi(double **a, int n, int limit, double *
  *                is written, X and *nrot included; 2 the host gave no scratch storage and
  *                its report returned: lambda holds L's diagonal, X and *nrot not written
  *
- * A, B, lambda and X must not overlap. Scratch: 2n^2 + 2n doubles and three arrays of n
+ * A, B, lambda and X must not overlap. Scratch: 2n^2 + 2n doubles and two arrays of n
  * row pointers, then two more arrays of row pointers and the solver's scratch.
  *
  * Reports (ERROR_internal): Jacobi's "Too many iterations in routine
@@ -102,7 +102,7 @@ QXMATH_API void NR_generalized_eigenvalues_symm(const double *A, double *B, int 
  * infinities or NaNs, and a dominant pair of opposite sign (or complex) never converges.
  *
  * limit <= 0 runs no iteration: *lambda = 0.0, x = x0, *notconverged = 1; so do the
- * outputs when the host gives no scratch (3n doubles) and its report returns.
+ * outputs when the host gives no scratch (2n doubles) and its report returns.
  *
  * Returns 0 always; the value carries no meaning. */
 QXMATH_API int NR_ask_max_eigen_val_vec(int n, double **A, int limit, const double *x0,

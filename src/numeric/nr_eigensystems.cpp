@@ -14,6 +14,7 @@
 #define QX_SOURCE_FILE "nr_eigensystems"
 #include "frame/check.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
@@ -132,33 +133,30 @@ int reduce_and_rotate(const double *A, double *B, int n, int limit, double *lamb
                       int *nrot)
 {
     const size_t nn = count(n), n2 = nn * nn;
-    // The work matrix, L and the rotation scratch b and z, in one block.
+    // The work matrix, L (flat) and the rotation scratch b and z, in one block.
     double *block = static_cast<double *>(SM_alloc((2 * n2 + 2 * nn) * sizeof(double)));
     if (block == nullptr) return -1;
-    double *work_block = block, *l_block = block + n2;
+    double *work_block = block, *l = block + n2;
     double **work = NR_2d_matrix_allo(n, n, &work_block);
-    double **l = work != nullptr ? NR_2d_matrix_allo(n, n, &l_block) : nullptr;
-    double **y = l != nullptr ? NR_2d_matrix_allo(n, n, &X) : nullptr;
+    double **y = work != nullptr ? NR_2d_matrix_allo(n, n, &X) : nullptr;
     int result = -1;
     if (y != nullptr) {
         for (size_t i = 0; i < nn; ++i) {
-            for (size_t j = 0; j < i; ++j) l[i][j] = B[i * nn + j];
-            l[i][i] = lambda[i];
-            for (size_t j = i + 1; j < nn; ++j) l[i][j] = 0.0;
+            double *row = l + i * nn;
+            for (size_t j = 0; j < i; ++j) row[j] = B[i * nn + j];
+            row[i] = lambda[i];
+            for (size_t j = i + 1; j < nn; ++j) row[j] = 0.0;
         }
         NR_cholesky_inverse(n, lambda, B);
         NR_matrix_2d_as_1d_init_zero_ut(B, n);
         NR_matrix_2d_as_1d_product_of_2(B, A, n, n, n, X); // T = L^-1 A
         NR_matrix_2d_as_1d_nxn_transp(B, n);               // L^-T
         NR_matrix_2d_as_1d_product_of_2(X, B, n, n, n, work_block);
-        NR_matrix_copy_2d_to_1d(l, n, n, B); // B is free again: it keeps L
+        std::copy(l, l + n2, B); // B is free again: it keeps L
         jacobi_start(work, n, lambda, y, nrot);
-        result = jacobi_sweeps(work, n, limit, lambda, y, nrot, block + 2 * n2, block + 2 * n2 + nn)
-                     ? 1
-                     : 0;
+        result = jacobi_sweeps(work, n, limit, lambda, y, nrot, l + n2, l + n2 + nn) ? 1 : 0;
     }
     SM_free(y);
-    SM_free(l);
     SM_free(work);
     SM_free(block);
     return result;
@@ -185,7 +183,7 @@ bool solve_transposed(double *B, int n, double *X)
 void NR_ask_eigenvalues_jacobi(double **a, int n, int limit, double *d, double **v, int *nrot)
 {
     const size_t nn = count(n);
-    if (nn == 0) n = 0;
+    if (nn == 0) n = 0; // no n - 1 overflow below
     jacobi_start(a, n, d, v, nrot);
     double *scratch = nullptr;
     if (nn > 0) {
@@ -226,7 +224,7 @@ int NR_ask_max_eigen_val_vec(int n, double **A, int limit, const double *x0, dou
     *notconverged = 0;
     double *block = nullptr;
     if (nn > 0) {
-        block = static_cast<double *>(SM_alloc(3 * nn * sizeof(double)));
+        block = static_cast<double *>(SM_alloc(2 * nn * sizeof(double)));
         if (block == nullptr) {
             // The host has reported: the outputs of no iteration at all.
             *lambda = 0.0;
@@ -235,7 +233,8 @@ int NR_ask_max_eigen_val_vec(int n, double **A, int limit, const double *x0, dou
             return 0;
         }
     }
-    double *cur = block, *y = block + nn, *prev = block + 2 * nn;
+    // cur is the iterate and, while the next one is formed, the previous one.
+    double *cur = block, *y = block + nn;
     for (size_t i = 0; i < nn; ++i) cur[i] = x0[i];
     double lam = 0.0; // what no iteration leaves
     bool converged = false;
@@ -248,17 +247,15 @@ int NR_ask_max_eigen_val_vec(int n, double **A, int limit, const double *x0, dou
         if (nn > 0) lam = y[0];
         for (size_t i = 1; i < nn; ++i)
             if (std::fabs(y[i]) > std::fabs(lam)) lam = y[i];
-        for (size_t i = 0; i < nn; ++i) cur[i] = y[i] / lam;
-        if (k > 0) {
-            double change = 0.0, size = 0.0;
-            for (size_t i = 0; i < nn; ++i) {
-                const double e = cur[i] - prev[i];
-                change += e * e;
-                size += prev[i] * prev[i];
-            }
-            if (change <= kPowerConverged * size) converged = true;
+        double change = 0.0, size = 0.0;
+        for (size_t i = 0; i < nn; ++i) {
+            const double next = y[i] / lam, e = next - cur[i];
+            change += e * e;
+            size += cur[i] * cur[i];
+            cur[i] = next;
         }
-        for (size_t i = 0; i < nn; ++i) prev[i] = cur[i];
+        // The start vector does not count as a previous iterate.
+        if (k > 0 && change <= kPowerConverged * size) converged = true;
     }
     *lambda = lam;
     for (size_t i = 0; i < nn; ++i) x[i] = cur[i];
