@@ -23,6 +23,7 @@
 #include <qxmath/orientation.h>
 
 #include "linalg/vec_internal.h"
+#include "numeric/count.h"
 #include "numeric/lsfit_internal.h"
 
 namespace
@@ -38,7 +39,7 @@ constexpr double kFallbackDist = 0.001;
 constexpr double kMinPositive = 1.0e-19; // Pratt's eigenvalue must exceed this
 constexpr double kFlatRatio = 1.0e-10;   // collinear / coplanar, relative to the spread
 
-size_t count(int n) { return n > 0 ? static_cast<size_t>(n) : 0; }
+using qx::numeric::count;
 
 void report_no_points() { QX_INTERNAL("There are no input points."); }
 

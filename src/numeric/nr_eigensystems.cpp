@@ -22,6 +22,8 @@
 #include <qxmath/matrix.h>
 #include <qxmath/solvers.h>
 
+#include "numeric/count.h"
+
 namespace
 {
 
@@ -34,7 +36,7 @@ constexpr double kNegligible = 1.0e-10;
 // Power iteration: squared change at most this times the squared size.
 constexpr double kPowerConverged = 1.0e-10;
 
-size_t count(int v) { return v > 0 ? static_cast<size_t>(v) : 0; }
+using qx::numeric::count;
 
 // The rotation of one pair of elements, x' = g - s (h + g tau),
 // y' = h + s (g - h tau), g and h the old values.

@@ -11,12 +11,14 @@
 
 #include <qxmath/matrix.h>
 
+#include "numeric/count.h"
+
 namespace
 {
 
 using std::size_t;
 
-size_t count(int v) { return v > 0 ? static_cast<size_t>(v) : 0; }
+using qx::numeric::count;
 
 void zero_row(double *row, size_t cols)
 {
