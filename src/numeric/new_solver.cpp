@@ -27,6 +27,8 @@
 #include <qxmath/matrix.h>
 #include <qxmath/solvers.h>
 
+#include "numeric/banded_internal.h"
+
 namespace
 {
 
@@ -186,6 +188,109 @@ template <class F> bool with_width(Index half, F &&f)
     return with_width(half, f, std::integer_sequence<int, 1, 2, 3, 4, 5, 6, 7, 8>{});
 }
 
+// ---- several right-hand sides side by side ----
+//
+// Column c of a block with row i at x + i * stride: the row functions and
+// kernels above, with every operation on b[i] done on x[i][c] for each
+// column in turn. The per-element operations and their order are those of
+// msolve_banded, so the bits are too.
+
+template <int NC> struct Columns {
+    static constexpr std::size_t kc = NC; // for array sizes
+
+    static void forward_row(double *const *a, double *x, Index stride, Index i, Index half)
+    {
+        const double *row = a[i];
+        double v[kc];
+        for (int c = 0; c < NC; ++c) v[c] = x[i * stride + c];
+        for (Index k = band_lo(i, half); k < i; ++k)
+            for (int c = 0; c < NC; ++c) v[c] -= x[k * stride + c] * row[k];
+        for (int c = 0; c < NC; ++c) x[i * stride + c] = v[c];
+    }
+
+    static Index back_row(double *const *a, double *x, Index stride, Index i, Index half,
+                          Index order)
+    {
+        const double *row = a[i];
+        double v[kc];
+        for (int c = 0; c < NC; ++c) v[c] = x[i * stride + c];
+        const Index last = band_hi(i, half, order);
+        for (Index j = i + 1; j <= last; ++j)
+            for (int c = 0; c < NC; ++c) v[c] -= row[j] * x[j * stride + c];
+        if (unusable_pivot(row[i])) {
+            for (int c = 0; c < NC; ++c) x[i * stride + c] = v[c];
+            return i;
+        }
+        for (int c = 0; c < NC; ++c) x[i * stride + c] = v[c] / row[i];
+        return -1;
+    }
+
+    template <int M>
+    static void forward(double *const *a, double *x, Index stride, Index first, Index order)
+    {
+        double w[static_cast<std::size_t>(M)][kc]; // rows i - M ... i - 1
+        for (int s = 0; s < M; ++s)
+            for (int c = 0; c < NC; ++c) w[s][c] = x[(first - M + s) * stride + c];
+        for (Index i = first; i < order; ++i) {
+            const double *row = a[i] + (i - M);
+            double v[kc];
+            for (int c = 0; c < NC; ++c) v[c] = x[i * stride + c];
+            for (int s = 0; s < M; ++s)
+                for (int c = 0; c < NC; ++c) v[c] -= w[s][c] * row[s];
+            for (int c = 0; c < NC; ++c) x[i * stride + c] = v[c];
+            for (int s = 0; s + 1 < M; ++s)
+                for (int c = 0; c < NC; ++c) w[s][c] = w[s + 1][c];
+            for (int c = 0; c < NC; ++c) w[M - 1][c] = v[c];
+        }
+    }
+
+    template <int M> static Index back(double *const *a, double *x, Index stride, Index last)
+    {
+        double w[static_cast<std::size_t>(M)][kc]; // rows i + 1 ... i + M
+        for (int s = 0; s < M; ++s)
+            for (int c = 0; c < NC; ++c) w[s][c] = x[(last + 1 + s) * stride + c];
+        for (Index i = last; i >= 0; --i) {
+            const double *row = a[i] + i;
+            double v[kc];
+            for (int c = 0; c < NC; ++c) v[c] = x[i * stride + c];
+            for (int d = 1; d <= M; ++d)
+                for (int c = 0; c < NC; ++c) v[c] -= row[d] * w[d - 1][c];
+            if (unusable_pivot(row[0])) {
+                for (int c = 0; c < NC; ++c) x[i * stride + c] = v[c];
+                return i;
+            }
+            for (int c = 0; c < NC; ++c) v[c] = v[c] / row[0];
+            for (int c = 0; c < NC; ++c) x[i * stride + c] = v[c];
+            for (int s = M - 1; s > 0; --s)
+                for (int c = 0; c < NC; ++c) w[s][c] = w[s - 1][c];
+            for (int c = 0; c < NC; ++c) w[0][c] = v[c];
+        }
+        return -1;
+    }
+
+    // msolve_banded's sweeps on NC columns; the row that failed, or -1.
+    static Index solve(double *const *a, Index order, Index half, double *x, Index stride)
+    {
+        const Index first = std::max<Index>(half, 1);
+        for (Index i = 1; i < std::min(first, order); ++i) forward_row(a, x, stride, i, half);
+        if (first < order && !with_width(half, [&](auto width) {
+                forward<decltype(width)::value>(a, x, stride, first, order);
+            }))
+            for (Index i = first; i < order; ++i) forward_row(a, x, stride, i, half);
+
+        const Index last = order - 1 - half;
+        Index failed = -1;
+        for (Index i = order - 1; failed < 0 && i > last && i >= 0; --i)
+            failed = back_row(a, x, stride, i, half, order);
+        if (failed < 0 && last >= 0 && !with_width(half, [&](auto width) {
+                failed = back<decltype(width)::value>(a, x, stride, last);
+            }))
+            for (Index i = last; failed < 0 && i >= 0; --i)
+                failed = back_row(a, x, stride, i, half, order);
+        return failed;
+    }
+};
+
 // Element block and row pointers of an n x n band of half-bandwidth m
 // (n >= 1, m >= 0); the handle, or NULL with nothing left allocated when
 // the host gives no memory and its report returns.
@@ -334,6 +439,29 @@ void msolve_banded(double *const *a, int n, int m, double *b)
             failed = Kernel<decltype(width)::value>::back(a, b, last);
         }))
         for (Index i = last; failed < 0 && i >= 0; --i) failed = back_row(a, b, i, half, order);
+    if (failed >= 0) push(place_solve_pivot, QX_MERR_SMALL_PIVOT);
+}
+
+void qx_msolve_banded_columns(double *const *a, int n, int m, double *x, long stride, int ncols)
+{
+    if (a == nullptr || x == nullptr) {
+        push(place_solve_handle, QX_MERR_NO_STORAGE);
+        return;
+    }
+    const Index order = n, half = clipped_half(n, m);
+    Index failed = -1;
+    // Three and four columns (points with and without weights) side by
+    // side; any other count one column at a time.
+    if (ncols == 3) {
+        failed = Columns<3>::solve(a, order, half, x, stride);
+    } else if (ncols == 4) {
+        failed = Columns<4>::solve(a, order, half, x, stride);
+    } else {
+        for (int c = 0; c < ncols; ++c) {
+            const Index row = Columns<1>::solve(a, order, half, x + c, stride);
+            if (row >= 0) failed = row;
+        }
+    }
     if (failed >= 0) push(place_solve_pivot, QX_MERR_SMALL_PIVOT);
 }
 

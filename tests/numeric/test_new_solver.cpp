@@ -14,6 +14,7 @@
 #include <Eigen/Dense>
 #include <Eigen/Sparse>
 
+#include "numeric/banded_internal.h"
 #include "support/qx_test.h"
 
 namespace
@@ -283,6 +284,46 @@ TEST_F(BandedSolver, SameBitsAsThePlainBandLoops)
             EXPECT_EQ(broken.rhs(), x) << n << " " << m << " " << bad;
         }
     }
+}
+
+TEST_F(BandedSolver, ColumnsSideBySideGiveMsolveBandedBits)
+{
+    // Every width with and without a fixed-width path, 1 to 5 columns in a
+    // block with a spare column (untouched), a good and a spoilt diagonal.
+    std::mt19937_64 rng(20261122);
+    std::uniform_real_distribution<double> rhs(-3.0, 3.0);
+    for (int m = 0; m <= 10; ++m) {
+        for (const int n : {1, 2, 7, 40}) {
+            Band band(n, m);
+            band.fill_dominant(rng);
+            mdecompose_banded(band.a, n, m);
+            ASSERT_EQ(merrorlevel(), 0);
+            for (int ncols = 1; ncols <= 5; ++ncols) {
+                for (const int bad : {-1, n / 2}) {
+                    const double keep = bad >= 0 ? band.a[bad][bad] : 0.0;
+                    if (bad >= 0) band.a[bad][bad] = 0.0;
+                    const long stride = ncols + 1;
+                    std::vector<double> x(static_cast<size_t>(n * stride));
+                    for (double &v : x) v = rhs(rng);
+                    std::vector<double> want = x;
+                    for (int c = 0; c < ncols; ++c) {
+                        std::vector<double> col(static_cast<size_t>(n));
+                        for (int i = 0; i < n; ++i) col[i] = want[i * stride + c];
+                        msolve_banded(band.a, n, m, col.data());
+                        if (bad >= 0) expect_error(7235);
+                        for (int i = 0; i < n; ++i) want[i * stride + c] = col[i];
+                    }
+                    qx_msolve_banded_columns(band.a, n, m, x.data(), stride, ncols);
+                    if (bad >= 0) expect_error(7235);
+                    EXPECT_EQ(merrorlevel(), 0);
+                    EXPECT_EQ(x, want) << n << " " << m << " " << ncols << " " << bad;
+                    if (bad >= 0) band.a[bad][bad] = keep;
+                }
+            }
+        }
+    }
+    qx_msolve_banded_columns(nullptr, 3, 1, nullptr, 3, 3);
+    expect_error(950);
 }
 
 TEST_F(BandedSolver, MeetsLapacksCriterionAndAgreesWithDenseSolvers)
