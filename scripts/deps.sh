@@ -3,12 +3,15 @@
 # machine lacks. Needs root only when something is missing.
 #   scripts/deps.sh build   compiler and CMake
 #   scripts/deps.sh test    also GoogleTest and the tools of the test run
-#   scripts/deps.sh bench   also Google Benchmark
+#   scripts/deps.sh bench   also Google Benchmark and the benchmarks' peers (LAPACK,
+#                           SISL, GSL, OpenCASCADE, scipy for /usr/bin/python3)
 set -euo pipefail
 want=(g++ cmake make pkg-config)
 case "${1:-build}" in
   test) want+=(libgtest-dev libgmock-dev binutils libeigen3-dev libgsl-dev) ;;
-  bench) want+=(libbenchmark-dev libeigen3-dev liblapack-dev) ;;
+  bench) want+=(libbenchmark-dev libeigen3-dev liblapack-dev libsisl-dev libgsl-dev
+               libocct-modeling-algorithms-dev libocct-modeling-data-dev
+               libocct-foundation-dev python3-scipy) ;;
 esac
 missing=()
 for p in "${want[@]}"; do
