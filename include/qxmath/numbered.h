@@ -315,6 +315,415 @@ QXMATH_API void h813_(const double slope[3], const double *scale, const int *cod
 
 /* ==== end of slope normalisation ========================================================== */
 
+/* ==== coordinate-system orientation (h964_) =========================================== */
+
+/* h964_ — a coordinate-system orientation carried through a transformation, returned as a
+ * clean orientation matrix (source file h964; called by h981_).
+ *   K  in, 9 doubles: the orientation matrix, rows X, Y, Z (orientation.h)
+ *   T  in, at least 13 doubles: elements 0-8 a 3x3 matrix by rows, element 12 the
+ *      transformation's scale factor (read with checking on only); 9-11 are not read
+ *   M  out, 9 doubles: always written; may overlap K or T
+ * With P = MTX3_multiply_t(T, K) (the rows of K carried through T; repaired there when T
+ * and K are both ortho-normal and P is not), M = MTX3_init(row 0, row 1 of P): the
+ * transformed X is kept, Z = X x Y and Y are re-derived, so M is right-handed and a scale
+ * or a reflection in T does not reach it (row 2 of P is not used). When the transformed X or Y is null or they are not perpendicular within 1.0e-10
+ * on the cosine, M is P repaired by MTX3_ortho_normalize instead.
+ *
+ * Unlike the rest of this header, h964_ writes diagnostics when MACH__checking_level > 0
+ * (nothing at all at level 0). It then also runs its older method ("V14") as a cross-check:
+ * P unscaled by s = T[12] when |s - 1| > 1.0e-10 (rows 0-1 times 1/|s|, row 2 times 1/s)
+ * and rebuilt by MTX3_init_x_y_z, refused when left-handed. Through ERROR_note (module
+ * h964) and ERROR_lprintf it writes:
+ *   - older method failed: the log line "Old method of FTN(h964) () returning a left-handed
+ *     matrix" (when that was the reason), then the note "Old method of FTN(h964) () failed
+ *     to produce a matrix";
+ *   - repair path: the note "First attempt in FTN(h964) () failed to produce a matrix", the
+ *     dumps "transformation matrix" (T), "orginal csys matrix" (K, spelled so), "X axis",
+ *     "Y axis" (rows 0 and 1 of P) and, after the repair, "h964 output" (M);
+ *   - when the older method succeeded, the repair was not needed, K and the older result
+ *     are ortho-normal (MTX3_is_ortho_normal) and the two results differ by more than
+ *     1.0e-8 in some element (MTX3_is_equal): dumps of T and K, the line
+ *     "transformation scale factor = % 14.12e" with T[12], the dumps "V14 output result"
+ *     and "V15 output result" (M), then ERROR_internal (module h964) "V14 version of
+ *     FTN(h964) () produced different result than V15 version.". M is written before that
+ *     report and keeps the current method's result. Both methods start from the same P, so
+ *     for finite input they agree to rounding and this report is not expected; it guards
+ *     the two against drifting apart.
+ * A matrix dump prints its caption, then one line per column of the row-stored matrix
+ * ("       % 14.12e % 14.12e % 14.12e"); a vector dump one such line.
+ * The older method's division by s is unguarded: with |s| below 1e-19 (0 included) its
+ * rows reach VEC3_unitize's range assertion (module vec3), and s = 0 gives non-finite
+ * rows, which its rebuild then rejects ("Old method" note). */
+QXMATH_API void h964_(const double *K, const double *T, double *M);
+
+/* ==== end of coordinate-system orientation ============================================ */
+
+/* ==== points and lines in space (h300_ ... h319_, h019_, h704_) ======================= */
+
+/* Points and directions are three doubles; a direction may have any length unless stated.
+ * tol[i] is entry i of the tolerance table, read at each call. "Within tol[i] of x" is
+ * h805_'s test |value - x| <= |tol[i]|, the boundary included. Unless stated otherwise
+ * every input is read before an output is written, so outputs may share storage with
+ * inputs. Unitising follows vunt3_ (a vector of length <= tol[1] becomes zero) and a unit
+ * cross product vcru3_; with the checking level above 0 they carry VEC3_unitize's range
+ * assertion (a component of magnitude 1e19 or more, reported from vec3), which is the only
+ * report these routines can make. */
+
+/* h300_ — *d2 := the squared distance of p and q, (dx^2 + dy^2) + dz^2. */
+QXMATH_API void h300_(const double p[3], const double q[3], double *d2);
+
+/* h302_ — *eq := 1 when the squared distance of p and q is within tol[2] (the squared
+ * length tolerance) of 0, else 0. */
+QXMATH_API void h302_(const double p[3], const double q[3], int *eq);
+
+/* h306_ — *eq := 1 when the squared distance of p and q is <= |tol[7]| (the coarse squared
+ * tolerance, read directly), else 0. */
+QXMATH_API void h306_(const double p[3], const double q[3], int *eq);
+
+/* h307_ — *eq := 1 when the distance of p and q (unsquared) is <= |*t|, else 0. */
+QXMATH_API void h307_(const double p[3], const double q[3], const double *t, int *eq);
+
+/* h303_ — which of a and b lies nearer to p, by exact squared distances (no tolerance):
+ * *code 1 a nearer (also when a distance is NaN), 2 b strictly nearer, 3 the squared
+ * distances exactly equal (equality wins over 1, deliberately). */
+QXMATH_API void h303_(const double a[3], const double b[3], const double p[3], int *code);
+
+/* h310_ — *d := the distance of p from the line through a along u: |unit(u) x (p - a)|.
+ * The flag of unitising u is not examined: a null u (length <= tol[1]) gives *d = 0. */
+QXMATH_API void h310_(const double p[3], const double a[3], const double u[3], double *d);
+
+/* h311_ — *d := the distance of p from the line through a and b: h310_(p, a, b - a), so
+ * a = b gives 0. */
+QXMATH_API void h311_(const double p[3], const double a[3], const double b[3], double *d);
+
+/* h315_ — *d := the distance between the lines p0 + s u0 and p1 + s u1:
+ * |unit(u0 x u1) . (p0 - p1)|. When the unit cross product fails (parallel or null
+ * directions) *d := h310_(p0, p1, u1), the distance of p0 from the second line (0 when u1
+ * is null too). */
+QXMATH_API void h315_(const double p0[3], const double u0[3], const double p1[3],
+                      const double u1[3], double *d);
+
+/* h313_ — *d := h315_(a0, a1 - a0, b0, b1 - b0): the distance between the line through a0
+ * and a1 and the line through b0 and b1. */
+QXMATH_API void h313_(const double a0[3], const double a1[3], const double b0[3],
+                      const double b1[3], double *d);
+
+/* h019_ — least squares t0 a + t1 b ~ w (a, b, w 3 doubles; t out, 2 doubles t0, t1), from
+ * aa = a.a, bb = b.b, ab = a.b, aw = a.w, bw = b.w and den = aa bb - ab^2:
+ *   |w| within tol[1] of 0:          t = (0, 0)
+ *   den not within tol[1] of 0:      t0 = (aw bb - bw ab) / den, t1 = (bw aa - aw ab) / den
+ *   else aa not within tol[1] of 0:  t = (aw / aa, 0)       (a and b parallel)
+ *   else bb not within tol[1] of 0:  t = (0, bw / bb)
+ *   else                             t = (0, 0)
+ * Every test uses the length tolerance tol[1], the tests of the squared quantities den, aa
+ * and bb included, deliberately (their scale is the square of a length's). */
+QXMATH_API void h019_(const double a[3], const double b[3], const double w[3], double t[2]);
+
+/* h704_ — least squares t0 a + t1 b ~ w as h019_ but without its fallbacks (note w comes
+ * first here): den = bb aa - ab^2 is passed through h000_ (within tol[0] of 0 it becomes
+ * +tol[0], or -tol[0] when negative), then *t0 = (aw bb - bw ab) / den and
+ * *t1 = (bw aa - aw ab) / den. w is never tested; parallel a and b give very large
+ * parameters, deliberately. While tol[0] is not positive (no session: 0, or the unset
+ * marker) h000_ changes nothing and a zero den is divided by unguarded. */
+QXMATH_API void h704_(const double w[3], const double a[3], const double b[3], double *t0,
+                      double *t1);
+
+/* h316_ — the closest points of the lines p0 + t0 u0 and p1 + t1 u1: (t0, t1) from
+ * h019_(u0, -u1, p1 - p0), then q0 := p0 + t0 u0, q1 := p1 + t1 u1 (*t0, *t1, q0, q1 out).
+ * By h019_'s fallbacks, parallel lines give t1 = 0 and q0 the foot of p1 on the first line;
+ * p0 = p1 gives t0 = t1 = 0, q0 = p0, q1 = p1. */
+QXMATH_API void h316_(const double p0[3], const double u0[3], const double p1[3],
+                      const double u1[3], double *t0, double *t1, double q0[3], double q1[3]);
+
+/* h312_ — *par := 1 when the line through a0, a1 and the line through b0, b1 are parallel or
+ * anti-parallel: |unit(a1 - a0) . unit(b1 - b0)| within tol[0] of 1.0; else 0. A null
+ * direction unitises to zero, so it is parallel to nothing. */
+QXMATH_API void h312_(const double a0[3], const double a1[3], const double b0[3],
+                      const double b1[3], int *par);
+
+/* h314_ — the projection of q onto the line p0p1 in the XY plane (z is read nowhere):
+ * with (dx, dy) = p1 - p0 and den = dx^2 + dy^2, *t := ((q - p0) . (dx, dy)) / den and
+ * f := p0 + t (dx, dy), x and y only (f[2] is not written). den within tol[0] of 0 (the
+ * number tolerance on a squared length, deliberately) gives *t = 0 and f = p0. */
+QXMATH_API void h314_(const double p0[3], const double p1[3], const double q[3], double f[3],
+                      double *t);
+
+/* h318_ — *t := ((p - a) . (b - a)) / L^2, the parameter of p's projection on ab, with L
+ * the length of b - a taken by a square root and squared again; *inside := 1 when
+ * 0 <= t <= 1 exactly (no tolerance), else 0. a = b is deliberately not guarded: 0/0 gives
+ * t = NaN and inside = 0. */
+QXMATH_API void h318_(const double p[3], const double a[3], const double b[3], int *inside,
+                      double *t);
+
+/* h319_ — *on := 1 when p lies on the segment ab under tolerance: its distance from the
+ * line (h311_) within tol[1] of 0, and t as h318_ computes it in [0, 1] or within tol[0]
+ * of an end (h809_); else 0. So a point just past b on the line is on the segment here but
+ * not inside for h318_. a = b is not guarded: t = 0/0 and on = 0. */
+QXMATH_API void h319_(const double p[3], const double a[3], const double b[3], int *on);
+
+/* h309_ — the segment p0p1 offset by *d within the plane of p0, p1, p2, towards p2's side
+ * for d > 0: v = unit((a x b) x a) with a = p1 - p0, b = p2 - p0; q0 := p0 + d v,
+ * q1 := p1 + d v. Collinear or coincident points give v = 0 (the flag is not examined):
+ * q0 = p0, q1 = p1. */
+QXMATH_API void h309_(const double p0[3], const double p1[3], const double p2[3],
+                      const double *d, double q0[3], double q1[3]);
+
+
+/* ==== end of points and lines in space ================================================ */
+
+/* ==== matrix and frame routines (h101_ ... h160_, h922_, h956_, h960_, h961_, h963_, h1600_)  */
+
+/* A 3x3 matrix is nine doubles by rows, m[r][c] = m[3r + c]; in a frame matrix the rows are
+ * the frame's X, Y, Z axes in global components. A 4x4 matrix is sixteen doubles by rows,
+ * m[r][c] = m[4r + c]; in a homogeneous transform column 3 holds the translation and row 3
+ * the projective terms. A frame record is twelve doubles, the frame matrix (0..8) then the
+ * origin (9..11); a scaled frame record adds the scale factor as element 12.
+ *
+ * Products are formed element by element in the order stated, one accumulator per
+ * element, starting from the k = 0 term. Several argument orders are deliberately reversed
+ * against the mathematical reading (h120_, h121_, h122_, h150_, h123_: the second argument
+ * multiplies from the left). The output must not overlap an input unless a routine says it
+ * may. No routine here reports an error except through the unitising of h960_ (as in
+ * points and lines in space above). */
+
+/* h101_ — w (out, 4) := m v for v (4), m (4x4): w[r] = sum over c = 0..3 of m[r][c] v[c]. */
+QXMATH_API void h101_(const double v[4], const double m[16], double w[4]);
+
+/* h104_ — q (out, 3) := the homogeneous transform of the point p (3) by m (4x4), with the
+ * perspective divide: h = m[3][0] x + m[3][1] y + m[3][2] z + m[3][3] and
+ * q[r] = (m[r][0] x + m[r][1] y + m[r][2] z + m[r][3]) / h, r = 0, 1, 2. An affine m
+ * (row 3 = 0, 0, 0, 1) gives h = 1. h = 0 is deliberately not guarded (infinities or NaN). */
+QXMATH_API void h104_(const double p[3], const double m[16], double q[3]);
+
+/* h114_ — w (out, 3) := h104_(v, m) - h104_((0, 0, 0), m): the transform of the direction
+ * v, so the translation cancels (a pure translation leaves v unchanged, up to the rounding
+ * of the two sums). Each image is divided by its own weight, unguarded as in h104_. */
+QXMATH_API void h114_(const double v[3], const double m[16], double w[3]);
+
+/* h105_ — w (out, 3) := m^T v, w[c] = sum over r = 0..2 of m[r][c] v[r]: components in the
+ * frame whose axes are m's rows back to global ones (the transpose of h100_). */
+QXMATH_API void h105_(const double v[3], const double m[9], double w[3]);
+
+/* h106_ — w (out, 3) := h100_(h105_(v, m1), m2): components in frame 1 re-expressed in
+ * frame 2 (m1 = m2 an ortho-normal frame gives v back, up to rounding). The intermediate
+ * is local, so w may be v. */
+QXMATH_API void h106_(const double v[3], const double m1[9], const double m2[9], double w[3]);
+
+/* h102_ — q (out, 3) := h100_(p - origin of f, matrix of f) with q[2] := 0: the coordinates
+ * of the foot of p on the XY plane of the frame record f (12). p - origin is formed
+ * locally, so q may be p. */
+QXMATH_API void h102_(const double p[3], const double f[12], double q[3]);
+
+/* h111_ — t (out, 4x4) := transpose of m (4x4), t[r][c] = m[c][r]. */
+QXMATH_API void h111_(const double m[16], double t[16]);
+
+/* h120_ — c (out, 3x3) := MTX3_multiply(a, b) = b a (reversed, deliberately). When a and b
+ * are both ortho-normal the product is repaired by MTX3_ortho_normalize as MTX3_multiply
+ * does; MTX3_multiply's result is dropped. c may be a or b. */
+QXMATH_API void h120_(const double a[9], const double b[9], double c[9]);
+
+/* h121_ — c (out, 4x4) := b a for a, b (4x4): c[i][j] = sum over k = 0..3 of
+ * b[i][k] a[k][j]. The second argument multiplies from the left, deliberately: with a
+ * transform, b after a. */
+QXMATH_API void h121_(const double a[16], const double b[16], double c[16]);
+
+/* h122_ — c (out, 3x3) := b a^T: c[i][j] = sum over k = 0..2 of b[i][k] a[j][k] (row i of b
+ * dot row j of a: b's axes expressed in the frame a). Reversed, deliberately. */
+QXMATH_API void h122_(const double a[9], const double b[9], double c[9]);
+
+/* h150_ — c (out, 3x3) := b a^T, the same product as h122_ by a separate routine (the same
+ * arithmetic order, so the same bits). */
+QXMATH_API void h150_(const double a[9], const double b[9], double c[9]);
+
+/* h123_ — c (out, 4x4) := h121_(h130_(a), b) = b (widened a), for a (3x3), b (4x4). The
+ * widening is local, so c may overlap a but not b. */
+QXMATH_API void h123_(const double a[9], const double b[16], double c[16]);
+
+/* h130_ — m (out, 4x4) := a (3x3) widened: a in the upper left, zeros in column 3 and
+ * row 3, m[3][3] = 1.0 (no translation). */
+QXMATH_API void h130_(const double a[9], double m[16]);
+
+/* h116_ — w (out, 3) := c0 a + c1 b + c2 d + c3 e for the weights c (4), summed left to
+ * right per component (the blend of the four-point curve forms). Each component reads
+ * only the same component of the inputs, so w may be a, b, d or e exactly (no partial
+ * overlap). */
+QXMATH_API void h116_(const double c[4], const double a[3], const double b[3],
+                      const double d[3], const double e[3], double w[3]);
+
+/* h1600_ — orients n (in/out, 3) towards p1: with d = n . (p1 - p0), d within tol[0] of 0
+ * (p1 on the plane through p0 normal to n, or a null n) gives *ok = 0 and n unchanged;
+ * otherwise *ok = 1 and n is negated when d < 0. */
+QXMATH_API void h1600_(const double p0[3], const double p1[3], double n[3], int *ok);
+
+/* h160_ — m (out, 3x3) := the identity. */
+QXMATH_API void h160_(double m[9]);
+
+/* h922_ — m (out, 3x3) := *s I: s on the diagonal, zeros elsewhere. */
+QXMATH_API void h922_(const double *s, double m[9]);
+
+/* h956_ — w (out, 3) := h100_(v, matrix of f) + origin of f, component by component, for the
+ * frame record f (12). The origin is added, not subtracted first, as callers expect. w may
+ * be v. */
+QXMATH_API void h956_(const double v[3], const double f[12], double w[3]);
+
+/* h961_ — *y := |scale of f| *x, the scale being element 12 of the scaled frame record f
+ * (13). */
+QXMATH_API void h961_(const double *x, const double f[13], double *y);
+
+/* h963_ — the same as h100_ (the same bits); w may be v. */
+QXMATH_API void h963_(const double v[3], const double m[9], double w[3]);
+
+/* h960_ — m (out, 3x3) := the frame of three points: row 0 X = unit(p1 - p0); row 1 first
+ * unit(p2 - p1) (p2 - p1, not p2 - p0, deliberately); row 2 Z = unit(X x row 1) with *ok
+ * its flag. *ok = 0 (collinear or coincident points) stops there, the rows as written: X
+ * (zero when p0 = p1), unit(p2 - p1) (zero when p1 = p2) and zeros. Otherwise row 1 :=
+ * Z x X, a right-handed ortho-normal frame with X along p0 -> p1 and p2 on the positive Y
+ * side. Unitising is vunt3_'s. m must not overlap the points. */
+QXMATH_API void h960_(const double p0[3], const double p1[3], const double p2[3], double m[9],
+                      int *ok);
+
+/* Change of frame of frame records (f, r, g: 12 doubles each). A frame given in global
+ * coordinates is re-expressed relative to a reference frame r by h125_ and brought back by
+ * h140_: h140_(h125_(f, r), r) = f up to rounding when r's matrix is ortho-normal. The
+ * matrix products go through h120_, so ortho-normal operands give a repaired ortho-normal
+ * product. Results are formed locally and copied out: the output may be either input. */
+
+/* h125_ — g (out) := f relative to r: matrix h120_(h110_(r.m), f.m) = f.m r.m^T (row i: f's
+ * axis i in r's components), origin h100_(f.o - r.o, r.m). */
+QXMATH_API void h125_(const double f[12], const double r[12], double g[12]);
+
+/* h140_ — f (out) := g, given relative to r, in global coordinates: matrix
+ * h120_(r.m, g.m) = g.m r.m, origin h100_(g.o, h110_(r.m)) + r.o (= r.m^T g.o + r.o). */
+QXMATH_API void h140_(const double g[12], const double r[12], double f[12]);
+
+
+/* ==== end of matrix and frame routines ================================================ */
+
+/* ==== points, arcs and conics in the plane (h201_ ... h264_) ========================== */
+
+/* Points of the XY plane are three doubles of which only x and y are read. tol[i] is entry i
+ * of the tolerance table. */
+
+/* h201_ — the XY distance of p and q: sqrt of h200_'s squared distance (source file h201_). */
+QXMATH_API void h201_(const double p[3], const double q[3], double *d);
+
+/* h202_ — *eq = 1 when the squared XY distance of p and q is within tol[2] of 0, else 0. */
+QXMATH_API void h202_(const double p[3], const double q[3], int *eq);
+
+/* h203_ — which of a and b is nearer to p in XY: *code 1 a nearer (also when a distance is
+ * NaN), 2 b strictly nearer, 3 the squared distances exactly equal (no tolerance; equality
+ * wins). The XY counterpart of h303_. */
+QXMATH_API void h203_(const double a[3], const double b[3], const double p[3], int *code);
+
+/* h204_ — *eq = 1 when the squared XY distance of p and q is <= (*t)^2 (h806_ against t*t).
+ * h206_, by contrast, compares the squared distance with *t itself: deliberate. */
+QXMATH_API void h204_(const double p[3], const double q[3], const double *t, int *eq);
+
+/* h224_ — the angles of p and q around the centre c, each h053_(y - c.y, x - c.x) in
+ * [0, 2 pi): ang[0] for p, ang[1] for q. Every input is read before ang is written. */
+QXMATH_API void h224_(const double p[3], const double q[3], const double c[3], double ang[2]);
+
+/* h221_ — h224_ in degrees: both angles multiplied by 57.29577951308235. */
+QXMATH_API void h221_(const double p[3], const double q[3], const double c[3], double ang[2]);
+
+/* h222_ — the length of the circular arc of radius *r around c: counter-clockwise from p to
+ * q when *sense is 1, from q to p for any other sense; r (beta' - alpha) with beta' = beta + 2
+ * pi when beta <= alpha. End angles equal under tol[0] (p = q included) give the full circle
+ * 2 pi r, deliberately not an empty arc. */
+QXMATH_API void h222_(const int *sense, const double *r, const double c[3], const double p[3],
+                      const double q[3], double *len);
+
+/* h230_ — the line *a x + *b y + *c = 0 through p and q: a = q.y - p.y, b = -(q.x - p.x),
+ * c = q.x p.y - q.y p.x, each divided by sqrt(a^2 + b^2 + c^2) — the norm of all three
+ * coefficients, deliberately, so c is not the origin's signed distance. *status 1 done; 2
+ * when a^2 + b^2 equals 0 by eqz_ kind 0 (p and q coincide): a, b, c untouched. */
+QXMATH_API void h230_(const double p[3], const double q[3], int *status, double *a, double *b,
+                      double *c);
+
+/* Conics. *type 2 ellipse ((u/a)^2 + (v/b)^2 = 1), 3 parabola (v^2 = a u, a the parameter,
+ * the centre its vertex), 4 hyperbola ((u/a)^2 - (v/b)^2 = 1); u = (x - x0) d1 + (y - y0) d2
+ * along the axis, v = -(x - x0) d2 + (y - y0) d1 across it, (d1, d2) the axis's cosine and
+ * sine. h260_ and h262_ take every code below 3 as the ellipse and above 3 as the hyperbola.
+ * a, b, u and w1 divide without guards. */
+
+/* h260_ — the implicit coefficients coef = (A, B, C, D, E, F) of A x^2 + B xy + C y^2 + D x +
+ * E y + F = 0, not normalised, each formula evaluated as written (centre = (x0, y0)). */
+QXMATH_API void h260_(const int *type, const double centre[2], const double *a, const double *b,
+                      const double *d1, const double *d2, double coef[6]);
+
+/* h262_ — the conic point q (x and y written; z not) for the parameter pair (w1, w2):
+ * ellipse U = a w1, V = b w2 (w1, w2 the cosine and sine of the parameter angle); parabola
+ * V = w1, U = w1^2 / a (w2 not read); hyperbola U = a / w1, V = b w2 / w1. Then
+ * q.x = x0 + U d1 - V d2, q.y = y0 + V d1 + U d2. q may alias centre. */
+QXMATH_API void h262_(const int *type, const double *a, const double *b, const double *w1,
+                      const double *w2, const double centre[2], const double *d1,
+                      const double *d2, double q[3]);
+
+/* h264_ — the parameter *t of p on the conic; the axis direction dir = (sine, cosine) comes
+ * sine first here, deliberately unlike h260_ and h262_. Type 1: *t untouched; 3: t = v;
+ * 4: t = h053_(v k / b, |k|) with k = a / u; 2 and every code outside 1 .. 4: the ellipse
+ * angle h053_(v / b, u / a). */
+QXMATH_API void h264_(const int *type, const double centre[2], const double *a, const double *b,
+                      const double dir[2], const double p[3], double *t);
+
+/* ==== end of points, arcs and conics in the plane ===================================== */
+
+/* ==== coordinate-system constructions (v6037a_ ... h430_) ============================= */
+
+/* Matrices are 3x3 as three rows, the X, Y and Z axes. Status 1 done, 2 degenerate; no
+ * message is written. These constructions test against the fixed 1.0e-10 of VEC3_unitize /
+ * VEC3_is_parallel, not the tolerance table, deliberately. */
+
+/* v6043_ — the system with origin o, X towards px and Y on the side of py (source file
+ * v6043_). Status 2 when px - o and py - o are parallel (m and origin untouched) or a
+ * unitising or MTX3_init fails (origin = o written, m as MTX3_init left it). */
+QXMATH_API void v6043_(const double o[3], const double px[3], const double py[3], double m[9],
+                       double origin[3], int *status);
+
+/* v6043_normal — v6043_ with the Z axis given as a normal direction instead of the point py:
+ * Z = unit(normal), X the unit component of px - o across it, Y = Z x X. Status 2 (m and
+ * origin untouched) when px - o is parallel to the normal or either is null (1.0e-10); when a
+ * later step fails, origin = o and status 2. */
+QXMATH_API void v6043_normal(const double o[3], const double px[3], const double normal[3],
+                             double m[9], double origin[3], int *status);
+
+/* v6045_ — the system around the line ab: Z along the line from b towards a, f the foot of
+ * p on it (h430_, written first), X = unit(p - f), so p lies on the positive X axis. Status
+ * 2 when p lies on the line, |p - f| <= 1.0e-10 (f still written, then within 1.0e-10 of p;
+ * m untouched), or when a = b (MTX3_init_y_z fails). f may alias a, b or p. */
+QXMATH_API void v6045_(const double a[3], const double b[3], const double p[3], double m[9],
+                       double f[3], int *status);
+
+/* v6037a_ — m turned by ang[0] about its X axis, then ang[1] about the new Y, then ang[2]
+ * about the newest Z (degrees): each step r := r . R^T with R = h923_(current axis, angle),
+ * formed by h110_ and h120_. The caller's angles are converted in place (times
+ * 0.01745329251994328) and left in radians: a deliberate side effect. r may alias m. */
+QXMATH_API void v6037a_(const double m[9], double ang[3], double r[9]);
+
+/* v6066_ — the reset to the identity system: m := identity (h160_), o := (0, 0, 0). */
+QXMATH_API void v6066_(double m[9], double o[3]);
+
+/* v6054_ — makes (matrix, origin) the session's work coordinate system (the counterpart of
+ * v6051_, same argument order). Status 1 stored; 2 when the matrix is not ortho-normal
+ * (MTX3_is_ortho_normal): nothing stored. The WCS tags and display state are not touched. */
+QXMATH_API void v6054_(const double matrix[9], const double origin[3], int *status);
+
+/* v6060_ — a point between absolute and work-coordinate-system coordinates (origin o, axes
+ * the rows of M): *mode 1 q = M (p - o), mode 2 q = o + M^T p. Status 1 done, 2 any other
+ * mode (q untouched). q may alias p. */
+QXMATH_API void v6060_(const int *mode, const double p[3], double q[3], int *status);
+
+/* h430_ — the foot f of point p on the line through a and b (source file h430_).
+ *   a[3], b[3]  in   two points of the line
+ *   p[3]        in   the point to project
+ *   f[3]        out  a + t (b - a) with t = ((p - a).(b - a)) / |b - a|^2; may alias a, b or p
+ * Returns 1 when |b - a|^2 equals 0.0 by the number tolerance (eqz_, kind 0: the squared
+ * length, deliberately, against the plain number tolerance); t is then 0 and f = a.
+ * Returns 0 otherwise. */
+QXMATH_API int h430_(const double a[3], const double b[3], const double p[3], double f[3]);
+
+/* ==== end of coordinate-system constructions ========================================== */
+
 QXMATH_END_DECLS
 
 #endif

@@ -23,5 +23,8 @@
 #include "eigen.h"
 #include "lsfit.h"
 #include "numbered.h"
+#include "spline.h"
+#include "facet.h"
+#include "pole.h"
 
 #endif
