@@ -10,7 +10,7 @@ void h102_(const double p[3], const double f[12], double q[3])
 {
     double d[3], r[3];
     qx_space::sub3(p, f + 9, d);
-    qx_space::to_frame(d, f, r);
+    qx_legacy::to_frame(d, f, r);
     q[0] = r[0];
     q[1] = r[1];
     q[2] = 0.0;

@@ -10,5 +10,5 @@ void h106_(const double v[3], const double m1[9], const double m2[9], double w[3
 {
     double g[3];
     qx_space::from_frame(v, m1, g);
-    qx_space::to_frame(g, m2, w);
+    qx_legacy::to_frame(g, m2, w);
 }

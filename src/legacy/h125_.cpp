@@ -15,6 +15,6 @@ void h125_(const double f[12], const double r[12], double g[12])
     h110_(r, rt);
     h120_(rt, f, out);
     qx_space::sub3(f + 9, r + 9, d);
-    qx_space::to_frame(d, r, out + 9);
+    qx_legacy::to_frame(d, r, out + 9);
     std::memcpy(g, out, sizeof out);
 }

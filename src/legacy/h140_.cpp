@@ -15,7 +15,7 @@ void h140_(const double g[12], const double r[12], double f[12])
     double rt[9], out[12], o[3];
     h120_(r, g, out);
     h110_(r, rt);
-    qx_space::to_frame(g + 9, rt, o);
+    qx_legacy::to_frame(g + 9, rt, o);
     out[9] = o[0] + r[9];
     out[10] = o[1] + r[10];
     out[11] = o[2] + r[11];

@@ -9,7 +9,7 @@
 void h956_(const double v[3], const double f[12], double w[3])
 {
     double r[3];
-    qx_space::to_frame(v, f, r);
+    qx_legacy::to_frame(v, f, r);
     const double o0 = f[9], o1 = f[10], o2 = f[11];
     w[0] = r[0] + o0;
     w[1] = r[1] + o1;

@@ -5,4 +5,4 @@
 
 #include "legacy/space_internal.h"
 
-void h963_(const double v[3], const double m[9], double w[3]) { qx_space::to_frame(v, m, w); }
+void h963_(const double v[3], const double m[9], double w[3]) { qx_legacy::to_frame(v, m, w); }

@@ -99,15 +99,7 @@ void h013_(const double p[3], const double *r, const double *ang, double q[3])
 
 /* ---- vectors and matrices ------------------------------------------------- */
 
-void h100_(const double v[3], const double m[9], double w[3])
-{
-    const double w0 = qx::vec::dot3(v, m);
-    const double w1 = qx::vec::dot3(v, m + 3);
-    const double w2 = qx::vec::dot3(v, m + 6);
-    w[0] = w0;
-    w[1] = w1;
-    w[2] = w2;
-}
+void h100_(const double v[3], const double m[9], double w[3]) { qx_legacy::to_frame(v, m, w); }
 
 void h110_(const double m[9], double t[9])
 {

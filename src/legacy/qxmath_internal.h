@@ -1,6 +1,6 @@
 // qxmath_internal.h — the core primitives of the numbered routines for calls from inside the
 // library: the comparisons, the period reduction and the complex product as inline kernels,
-// the larger routines as hidden twins. The exported h805_, h804_, h809_, h002_, h017_,
+// the larger routines as hidden twins. The exported h805_, h804_, h809_, h002_, h017_, h100_,
 // h014_, h018_ and h006_ are thin wrappers around them, so a library caller gets the same
 // bits without the call through the shared library's symbol table.
 #ifndef QXMATH_LEGACY_QXMATH_INTERNAL_H
@@ -9,6 +9,7 @@
 #include <cmath>
 
 #include "frame/session_block.h"
+#include "linalg/vec_internal.h"
 
 namespace qx_legacy
 {
@@ -21,6 +22,16 @@ constexpr double kTwoPi = 6.283185307179586;
 
 // Entry i of the tolerance table; 0.0 (exact comparison) for an index outside the table.
 inline double tolerance_entry(int i) { return (i >= 0 && i <= 7) ? qx_tolerance(i) : 0.0; }
+
+// h100_: w := (row 0 . v, row 1 . v, row 2 . v); w may be v (written after all three).
+inline void to_frame(const double *v, const double *m, double *w)
+{
+    const double w0 = qx::vec::dot3(v, m), w1 = qx::vec::dot3(v, m + 3);
+    const double w2 = qx::vec::dot3(v, m + 6);
+    w[0] = w0;
+    w[1] = w1;
+    w[2] = w2;
+}
 
 // h805_: |a - b| <= |tol[i]|, equality included.
 inline bool equal_under(double a, double b, int i)

@@ -132,16 +132,6 @@ inline void widen(const double *a, double *m)
     m[15] = 1.0;
 }
 
-// h100_: w := (row 0 . v, row 1 . v, row 2 . v); w may be v (written after all three).
-inline void to_frame(const double *v, const double *m, double *w)
-{
-    const double w0 = qx::vec::dot3(v, m), w1 = qx::vec::dot3(v, m + 3);
-    const double w2 = qx::vec::dot3(v, m + 6);
-    w[0] = w0;
-    w[1] = w1;
-    w[2] = w2;
-}
-
 // h105_: w[c] := sum over r of m[r][c] v[r], r = 0, 1, 2 in order; w may be v.
 inline void from_frame(const double *v, const double *m, double *w)
 {
