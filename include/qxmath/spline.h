@@ -235,8 +235,8 @@ QXMATH_API int h0913b(const QX_interp_desc *desc, const double *points, const do
  * arithmetic (1 at a zero pivot), and the weight test for dimension 4. The
  * coordinates are solved side by side in place in poles rather than one
  * column at a time through the solver's vector: the same bits, with the
- * band read once per sweep (the vector msetup_banded makes goes unused). A periodic description is solved densely instead.
- * Arguments as h0913b. */
+ * band read once per sweep (the vector msetup_banded makes goes unused). A periodic description is
+ * solved densely instead. Arguments as h0913b. */
 QXMATH_API int h0913a(const QX_interp_desc *desc, const double *points, const double *params,
                       const double *condparams, const int *condkinds, const double *condvectors,
                       const double *knots, double *poles);

@@ -4,13 +4,6 @@
 
 #include <qxmath/numbered.h>
 
-void h122_(const double a[9], const double b[9], double c[9])
-{
-    for (int i = 0; i < 3; ++i)
-        for (int j = 0; j < 3; ++j) {
-            double s = b[3 * i] * a[3 * j];
-            s += b[3 * i + 1] * a[3 * j + 1];
-            s += b[3 * i + 2] * a[3 * j + 2];
-            c[3 * i + j] = s;
-        }
-}
+#include "legacy/space_internal.h"
+
+void h122_(const double a[9], const double b[9], double c[9]) { qx_space::product_bat(a, b, c); }

@@ -119,6 +119,19 @@ inline void product_4(const double *a, const double *b, double *c)
         }
 }
 
+// h122_ / h150_: c := b a^T for 3x3 matrices (c[i][j] = row i of b . row j of a), one
+// accumulator per element, k = 0, 1, 2 in order.
+inline void product_bat(const double *a, const double *b, double *c)
+{
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j) {
+            double s = b[3 * i] * a[3 * j];
+            s += b[3 * i + 1] * a[3 * j + 1];
+            s += b[3 * i + 2] * a[3 * j + 2];
+            c[3 * i + j] = s;
+        }
+}
+
 // h130_: m := a widened to 4x4 (a upper left, zeros in row and column 3, 1.0 at [3][3]).
 inline void widen(const double *a, double *m)
 {

@@ -1,6 +1,5 @@
-// Matrix and frame routines of the numbered series (h101_ ... h160_, h922_, h956_, h960_,
-// h961_, h963_, h1600_, h125_, h140_): the reversed products against Eigen with the stated
-// operand order, frame changes and their round trips, and the degenerate cases.
+// Matrix and frame routines (h101_ ... h160_, h922_, h956_, h960_, h961_, h963_, h1600_, h125_,
+// h140_): reversed products against Eigen in their stated order, frame round trips, edges.
 #include <cmath>
 #include <cstdlib>
 
@@ -58,8 +57,7 @@ TEST_F(SpaceMatrices, ProductsInTheirStatedOrderAgainstEigen)
         EXPECT_LE(maxdiff(c, b * a), 8 * kEps);
         h111_(a.data(), c.data());
         EXPECT_TRUE(c == a.transpose());
-        M4 wide = M4::Identity();
-        wide.topLeftCorner<3, 3>() = a3;
+        const M4 wide = (M4() << a3, Vec::Zero(), 0, 0, 0, 1).finished();
         c.setConstant(kNaN);
         h130_(a3.data(), c.data());
         EXPECT_TRUE(c == wide);
@@ -89,14 +87,6 @@ TEST_F(SpaceMatrices, ProductsInTheirStatedOrderAgainstEigen)
         };
         EXPECT_TRUE(q == Vec(row(0) / row(3), row(1) / row(3), row(2) / row(3)));
     }
-
-    // A translation by (1, 0, 0), then a scaling by 2: b a translates first.
-    M4 a = M4::Identity(), b = M4::Identity(), c;
-    a(0, 3) = 1.0;
-    b.diagonal() << 2, 2, 2, 1;
-    h121_(a.data(), b.data(), c.data());
-    b(0, 3) = 2.0;
-    EXPECT_EQ(c, b);
 }
 
 TEST_F(SpaceMatrices, FrameComponentsAndPointMappings)
@@ -112,8 +102,6 @@ TEST_F(SpaceMatrices, FrameComponentsAndPointMappings)
         EXPECT_TRUE(w == x);
         h106_(v.data(), m1.data(), r.data(), w.data());
         EXPECT_LE(maxdiff(w, r * (m1.transpose() * v)), 16 * kEps);
-        h106_(v.data(), r.data(), r.data(), w.data()); // the same frame twice: v back
-        EXPECT_LE(maxdiff(w, v), 8 * kEps);
         const V4 c = V4::Random();
         const Vec a = Vec::Random(), b = Vec::Random(), e = Vec::Random();
         h116_(c.data(), v.data(), a.data(), b.data(), e.data(), w.data());
@@ -169,8 +157,7 @@ TEST_F(SpaceMatrices, NormalOrientationAndSmallBuilders)
     const double s = -2.5, x = 3.0;
     h922_(&s, m.data());
     EXPECT_EQ(m, s * M3::Identity());
-    double f[13] = {}, y = kNaN;
-    f[12] = -0.5; // the scale's magnitude
+    double f[13] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -0.5}, y = kNaN; // |scale| used
     h961_(&x, f, &y);
     EXPECT_EQ(y, 1.5);
 }

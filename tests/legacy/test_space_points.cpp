@@ -1,6 +1,5 @@
-// Points and lines in space (h300_ ... h319_, h019_, h704_): tolerance slots and their
-// boundaries, the exact tie rules, the fallbacks of degenerate input, and distances, closest
-// points and projections against Eigen on random inputs.
+// Points and lines in space (h300_ ... h319_, h019_, h704_): tolerance slots at their edges,
+// tie rules, degenerate fallbacks; distances, closest points, projections against Eigen.
 #include <cmath>
 #include <random>
 
@@ -134,8 +133,7 @@ TEST_F(SpacePoints, ClosestPointsAndLeastSquares)
         m << u0, -u1;
         const Eigen::Vector2d ref = m.colPivHouseholderQr().solve(p1 - p0);
         const double cond = 1 + 1 / (u0.cross(u1).squaredNorm());
-        EXPECT_NEAR(t0, ref[0], 1e-12 * cond * (1 + ref.norm()));
-        EXPECT_NEAR(t1, ref[1], 1e-12 * cond * (1 + ref.norm()));
+        EXPECT_LE((Eigen::Vector2d(t0, t1) - ref).norm(), 2e-12 * cond * (1 + ref.norm()));
         EXPECT_TRUE(q0 == p0 + t0 * u0 && q1 == p1 + t1 * u1);
         double t[2] = {kNaN, kNaN};
         h019_(u0.data(), u1.data(), p0.data(), t);
@@ -165,8 +163,7 @@ TEST_F(SpacePoints, ClosestPointsAndLeastSquares)
     for (const auto &[ca, cb, cw, want0, want1] : cases) {
         double t[2] = {kNaN, kNaN};
         h019_(ca.data(), cb.data(), cw.data(), t);
-        EXPECT_EQ(t[0], want0) << ca.transpose() << " | " << cb.transpose();
-        EXPECT_EQ(t[1], want1) << ca.transpose() << " | " << cb.transpose();
+        EXPECT_TRUE(t[0] == want0 && t[1] == want1) << ca.transpose() << " | " << cb.transpose();
     }
     // h704_ has no fallback: den within tol[0] of 0 becomes +tol[0], the parameters blow up.
     acom_.tolerance[0] = 0.125;
@@ -196,8 +193,7 @@ TEST_F(SpacePoints, ParallelismAndProjections)
     double t = kNaN;
     h314_(p0.data(), p1.data(), q.data(), f.data(), &t);
     EXPECT_EQ(t, (1.0 * 4 + 5.0 * 2) / 20.0);
-    EXPECT_NEAR(f[0], 1 + 4 * 0.7, 4 * kEps);
-    EXPECT_NEAR(f[1], 1 + 2 * 0.7, 4 * kEps);
+    EXPECT_LE(std::abs(f[0] - (1 + 4 * 0.7)) + std::abs(f[1] - (1 + 2 * 0.7)), 8 * kEps);
     EXPECT_TRUE(std::isnan(f[2]));
     const Vec tiny = p0 + Vec(0.009, 0.0, 0.0), short_ = p0 + Vec(0.0122, 0.0, 0.0);
     h314_(p0.data(), tiny.data(), q.data(), f.data(), &t); // squared length 8.1e-5 <= tol[0]

@@ -1,7 +1,7 @@
-// mbasiseval against a plain recursive Cox-de Boor evaluation on clamped and
-// unclamped knot vectors of degrees 1 to 7, at random parameters and at the
-// knots; the small cubic cases bit for bit; the tolerant ends and the
-// refusals with outputs untouched.
+// mbasiseval against a plain recursive Cox-de Boor evaluation (degrees 1 to
+// 7, clamped and unclamped, at random parameters and at every knot, so a
+// wrong span on repeated knots shows); the small cubic cases bit for bit;
+// the tolerant ends and the refusals with outputs untouched.
 #include <algorithm>
 #include <random>
 #include <vector>
@@ -15,11 +15,7 @@ using qxtest::kNaN;
 using Knots = std::vector<double>;
 
 struct Basis : qxtest::QxTest {
-    void SetUp() override
-    {
-        QxTest::SetUp();
-        merrorflush();
-    }
+    void SetUp() override { QxTest::SetUp(), merrorflush(); }
 };
 
 // N(j, p) at t from its definition, half-open spans, 0/0 taken as 0.
@@ -33,19 +29,17 @@ double cox_de_boor(const Knots &kn, int j, int p, double t)
     return v;
 }
 
-// Clamped (ends repeated d + 1 times) around random interior knots, some
-// repeated; or uniform and unclamped. Exactly sized, so that a read past
-// either end is caught by the sanitizer build.
+// Clamped around random interior knots, some repeated; or uniform and
+// unclamped. Exactly sized: a read past either end trips the sanitizer.
 Knots random_knots(std::mt19937_64 &rng, int d, bool clamped)
 {
     std::uniform_int_distribution<int> count(1, 12), repeat(1, d / 2 + 1);
-    std::uniform_real_distribution<double> u(0.0, 1.0);
     Knots kn, inner(count(rng));
     if (!clamped) {
         for (int i = 0, n = count(rng) + 2 * d + 1; i < n; ++i) kn.push_back(0.25 * i - 1.0);
         return kn;
     }
-    for (double &x : inner) x = u(rng);
+    for (double &x : inner) x = std::uniform_real_distribution<double>(0.0, 1.0)(rng);
     std::sort(inner.begin(), inner.end());
     kn.assign(d + 1, 0.0);
     for (double x : inner) kn.insert(kn.end(), repeat(rng), x);
@@ -60,9 +54,8 @@ TEST_F(Basis, AgreesWithRecursiveDefinition)
         const int d = 1 + trial % 7;
         const Knots kn = random_knots(rng, d, trial % 2 == 0);
         const int s = int(kn.size()) - 2 * d - 1;
-        // Random parameters in [knots[d], knots[s + d]), and every knot there.
         std::uniform_real_distribution<double> u(kn[d], kn[s + d]);
-        Knots ts(kn.begin() + d, kn.begin() + s + d);
+        Knots ts(kn.begin() + d, kn.begin() + s + d); // every knot in [knots[d], knots[s+d])
         for (int i = 0; i < 20; ++i) ts.push_back(u(rng));
         for (double t : ts) {
             double v[8];
@@ -70,21 +63,17 @@ TEST_F(Basis, AgreesWithRecursiveDefinition)
             int first = -1;
             mbasiseval(d, s, kn.data(), t, &first, v);
             ASSERT_EQ(merrorlevel(), 0);
-            ASSERT_TRUE(first >= 0 && first + d < s + d) << first;
-            double sum = 0.0;
+            ASSERT_TRUE(first >= 0 && first < s) << first;
             for (int j = 0; j < s + d; ++j) {
-                const bool in = j >= first && j <= first + d;
-                const double x = in ? v[j - first] : 0.0;
+                const double x = j >= first && j <= first + d ? v[j - first] : 0.0;
                 EXPECT_NEAR(x, cox_de_boor(kn, j, d, t), 1e-13) << d << " " << j;
                 EXPECT_GE(x, 0.0);
-                sum += x;
             }
-            EXPECT_NEAR(sum, 1.0, 1e-14 * (d + 1));
         }
     }
 }
 
-TEST_F(Basis, ExactValuesAndEnds)
+TEST_F(Basis, ExactValuesEndsAndRefusals)
 {
     const Knots kn = {0, 0, 0, 0, 1, 1, 1, 1}, uniform = {0, 1, 2, 3, 4, 5, 6, 7, 8};
     const double u = -2.5, u3 = u * u * u; // uniform, t = 0.5: span 3's pieces extended
@@ -110,7 +99,9 @@ TEST_F(Basis, ExactValuesAndEnds)
         EXPECT_EQ(first, 0);
         for (int r = 0; r < 4; ++r) EXPECT_NEAR(v[r], c.v[r], c.tol) << c.t;
     }
-    // Degree 0: the indicator of the span, the last non-empty one at the end.
+    // Degree 0: the indicator of the span, the last non-empty one at the end. Keep: the
+    // basis is continuous at interior knots of higher degree, so this is the case where a
+    // span search stopping before a run of equal knots changes the values.
     const double steps[] = {0.0, 1.0, 1.0, 2.0};
     for (const double t : {0.0, 0.5, 1.0, 2.0}) {
         int first = -1;
@@ -120,11 +111,8 @@ TEST_F(Basis, ExactValuesAndEnds)
         EXPECT_EQ(first, t < 1.0 ? 0 : 2) << t;
     }
     EXPECT_EQ(merrorlevel(), 0);
-}
-
-TEST_F(Basis, RefusalsLeaveOutputsUntouched)
-{
-    const Knots kn = {0, 0, 0, 0, 1, 1, 1, 1}, big(76, 0.0);
+    // Refusals: 2900 at level 4, outputs untouched.
+    const Knots big(76, 0.0);
     const struct {
         int d, s;
         const double *knots;

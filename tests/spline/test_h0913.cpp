@@ -4,15 +4,12 @@
 // periodic, orders 2-8, dimensions 3 and 4 — a 4-D curve is the homogeneous
 // curve, compared with the homogeneous points), closes with the continuity
 // asked for, reproduces polynomial data of degree < k on the whole range;
-// its knots come from knot_seq_order_4 or h0914_ as h0913's rule says; the
-// collocation matrix rebuilt with Eigen from those knots is well conditioned
-// on random chord-length data; dense and banded paths agree.
+// its knots come from knot_seq_order_4 or h0914_ as h0913's rule says;
+// h0913b on those knots gives the same poles.
 #include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
-
-#include <Eigen/Dense>
 
 #include "support/qx_test.h"
 
@@ -141,40 +138,17 @@ void expect_interpolates(const Problem &p, const Curve &cv, const char *what)
     }
 }
 
-// The collocation matrix, rows scaled to unit maximum, rebuilt from the
-// knots: its 2-norm condition number.
-double collocation_condition(const Problem &p, const Curve &cv)
-{
-    const int N = cv.N, k = cv.k;
-    Eigen::MatrixXd A = Eigen::MatrixXd::Zero(N, N);
-    const double tmax = cv.knots[static_cast<std::size_t>(N)];
-    int row = 0;
-    auto add = [&](double x, int d) {
-        x = row_param(x, tmax);
-        const int sp = cv.span(x, false);
-        for (int i = sp - k + 1; i <= sp; ++i) A(row, i) = basis(cv.knots, i, k, sp, d, x);
-        A.row(row) /= A.row(row).cwiseAbs().maxCoeff();
-        ++row;
-    };
-    for (double x : p.params) add(x, 0);
-    for (double x : p.conds) add(x, 1);
-    for (int j = 0; j < p.r; ++j, ++row) A(row, j) = 1.0, A(row, N - p.r + j) = -1.0;
-    const Eigen::JacobiSVD<Eigen::MatrixXd> svd(A);
-    return svd.singularValues()(0) / svd.singularValues()(N - 1);
-}
-
 } // namespace
 
 using H0913 = qxtest::QxTest;
 
-TEST_F(H0913, CurvesInterpolateCloseAndAreWellConditioned)
+TEST_F(H0913, CurvesInterpolateAndClose)
 {
     std::mt19937_64 rng(913);
     // (periodic, closure continuity, where the conditions are); cc = 99
     // stands for k - 2 (full continuity).
     const int configs[][3] = {{0, 0, 0},  {0, 0, 3}, {0, 0, 7}, {0, 0, 4}, {0, 0, 1},  {1, 99, 0},
                               {1, 99, 5}, {1, 1, 1}, {1, 0, 3}, {1, 0, 7}, {1, -1, 0}, {1, -1, 6}};
-    double worst = 0.0;
     int solved = 0, cubics = 0;
     for (int k = 2; k <= 8; ++k)
         for (const auto &cf : configs)
@@ -195,16 +169,14 @@ TEST_F(H0913, CurvesInterpolateCloseAndAreWellConditioned)
                     const int c1 = p.d.n_cond1;
                     const bool cubic = k == 4 && !p.d.periodic && c1 > 0 &&
                                        std::fabs(p.conds[0] - p.params[0]) < 1e-10 &&
-                                       std::fabs(p.conds[static_cast<std::size_t>(c1 - 1)] -
-                                                 p.params.back()) < 1e-10;
+                                       std::fabs(p.conds[c1 - 1u] - p.params.back()) < 1e-10;
                     V ref(cv.knots.size(), kNaN);
                     int nref = 0;
                     const double *cp = p.conds.empty() ? nullptr : p.conds.data();
                     cubics += cubic;
-                    if (cubic)
-                        knot_seq_order_4(&p.d, p.params.data(), cp, &nref, ref.data());
-                    else
-                        ASSERT_EQ(h0914_(&p.d, p.params.data(), cp, &nref, ref.data()), 0);
+                    ASSERT_EQ((cubic ? knot_seq_order_4 : h0914_)(&p.d, p.params.data(), cp, &nref,
+                                                                  ref.data()),
+                              0);
                     ASSERT_EQ(nref, cv.N + k);
                     for (int i = 0; i < nref; ++i) ASSERT_EQ(cv.knots[i], ref[i]) << i;
                     // Closure: derivatives 0 ... r - 1 agree across the seam.
@@ -215,7 +187,6 @@ TEST_F(H0913, CurvesInterpolateCloseAndAreWellConditioned)
                         for (int c = 0; c < dim; ++c)
                             ASSERT_NEAR(lo[c], hi[c], 1e-10 * (1 + size)) << "derivative " << d;
                     }
-                    worst = std::max(worst, collocation_condition(p, cv));
                     // h0913b on these knots: the same poles on the band (bit
                     // for bit), the dense path's to rounding when c2 != 0.
                     V poles(cv.poles.size(), kNaN);
@@ -232,7 +203,6 @@ TEST_F(H0913, CurvesInterpolateCloseAndAreWellConditioned)
                 }
     EXPECT_GT(solved, 400);
     EXPECT_GT(cubics, 2);
-    EXPECT_LT(worst, 1e6) << "collocation condition number";
 }
 
 TEST_F(H0913, ReproducesPolynomialsOnTheWholeRange)
@@ -278,18 +248,4 @@ TEST_F(H0913, ReproducesPolynomialsOnTheWholeRange)
                             << "k " << k << " where " << where << " x " << x;
                 }
             }
-}
-
-TEST_F(H0913, KnotPlacementFailureIsPassedOn)
-{
-    // Order 5 through a repeated parameter: h0914_ refuses, h0913 returns
-    // its -1 and flushes nothing into the poles.
-    const QX_interp_desc d{6, 5, 0, 3, 0, 0, 0};
-    const V params{0.0, 0.2, 0.4, 0.4, 0.8, 1.0}, points(18, 1.0);
-    V knots(13, kNaN), poles(18, kNaN);
-    int nknots = -7;
-    EXPECT_EQ(h0913(&d, points.data(), params.data(), nullptr, nullptr, nullptr, &nknots,
-                    knots.data(), poles.data()),
-              -1);
-    EXPECT_EQ(merrornum(), 0);
 }

@@ -24,7 +24,7 @@ struct Placed {
 
 QX_interp_desc make_desc(int n, int k, int periodic, int c1, int c2 = 0, int cc = 0)
 {
-    return QX_interp_desc{n, k, periodic, 3, c1, c2, cc};
+    return {n, k, periodic, 3, c1, c2, cc};
 }
 
 Placed place(const QX_interp_desc &d, const V &params, const V &conds)
@@ -35,8 +35,7 @@ Placed place(const QX_interp_desc &d, const V &params, const V &conds)
     return p;
 }
 
-// How many knots equal t[e], counted from e in direction step (+1 or -1),
-// at most cap.
+// The run of knots equal to t[e] from e in direction step, at most cap.
 int run(const V &t, int e, int step, int cap)
 {
     int m = 1;
@@ -211,9 +210,10 @@ TEST_F(H0914, RefusesWithNothingWritten)
     V knots(16, kNaN);
     int nknots = -7;
     EXPECT_EQ(h0914_(nullptr, good.data(), nullptr, &nknots, knots.data()), -1);
-    EXPECT_EQ(h0914_(&d, nullptr, nullptr, &nknots, knots.data()), -1);
-    EXPECT_EQ(h0914_(&d, good.data(), nullptr, nullptr, knots.data()), -1);
-    EXPECT_EQ(h0914_(&d, good.data(), nullptr, &nknots, nullptr), -1);
+    EXPECT_EQ(h0914_(&d, nullptr, nullptr, &nknots, knots.data()) +
+                  h0914_(&d, good.data(), nullptr, nullptr, knots.data()) +
+                  h0914_(&d, good.data(), nullptr, &nknots, nullptr),
+              -3);
     EXPECT_TRUE(untouched(place(dc, good, {})));
     EXPECT_EQ(nknots, -7);
     // A host that gives no scratch memory (its report returning): -1,
