@@ -57,10 +57,10 @@ void set_rows(const double *x, const double *y, const double *z, double *m)
 typedef double v2d __attribute__((vector_size(16)));
 
 // |v| <= tol in both lanes, false for NaN.
-bool both_within(v2d v, double tol)
+int both_within(v2d v, double tol)
 {
     const auto in = (v <= tol) & (v >= -tol);
-    return (in[0] & in[1]) != 0;
+    return (in[0] & in[1]) != 0 ? 1 : 0;
 }
 
 // The six conditions of ortho-normality, each sum formed x, y, z in order as
@@ -77,8 +77,8 @@ bool is_ortho_normal(const double *m)
     const v2d zz_yx = z_y0 * z_x0 + z_y1 * z_x1 + z_y2 * z_x2;
     const v2d zy_zx = z_z0 * y_x0 + z_z1 * y_x1 + z_z2 * y_x2;
     const v2d one_one = {1.0, 1.0}, one_zero = {1.0, 0.0};
-    return both_within(xx_yy - one_one, kOrthoTol) & both_within(zz_yx - one_zero, kOrthoTol) &
-           both_within(zy_zx, kOrthoTol);
+    return (both_within(xx_yy - one_one, kOrthoTol) & both_within(zz_yx - one_zero, kOrthoTol) &
+            both_within(zy_zx, kOrthoTol)) != 0;
 }
 
 // X kept, Z = unit(X^ x Y^), Y re-derived as Z x X^ (not unitized again).
