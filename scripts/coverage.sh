@@ -4,12 +4,13 @@
 # on the terminal and an HTML page per source file in
 # build/coverage/report/index.html. Exits 1 when a test fails or the
 # coverage is under its floor (95 % of lines, 85 % of branches).
+# QX_COVERAGE_BUILD=DIR builds elsewhere than build/coverage.
 # Branches the compiler adds for exception unwinding are not counted: no
 # source line can take them.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 "$root/scripts/deps.sh" coverage
-build="$root/build/coverage"
+build="${QX_COVERAGE_BUILD:-$root/build/coverage}"
 mkdir -p "$build"
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Debug -DQX_COVERAGE=ON >"$build/configure.log"
 if ! cmake --build "$build" -j"$(nproc)" >"$build/build.log" 2>&1; then
