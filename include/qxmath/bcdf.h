@@ -71,7 +71,10 @@ typedef struct BCDF {
  * is not least-squares: weights passed are freed and the field stays NULL.
  * When it is 1, missing weights are computed (BCDF_add_weights) and
  * ls_tolerance is set to the session's default least-squares tolerance
- * (srfc1_.ls_tolerance). */
+ * (srfc1_.ls_tolerance). When the host refuses the memory of the record,
+ * its parameters or its weights and its report returns, the result is NULL
+ * and every list and array passed stays the caller's (the slope and
+ * curvature parameters may have been set to their points' exact ones). */
 QXMATH_API BCDF *BCDF_create_from_pntlst(int periodicity, int order, int least_squares,
                                          PNTLST *points, PNTLST *params, PNTLST *weights,
                                          PNTLST *slopes, PNTLST *slope_params, int *slope_types,
@@ -80,7 +83,9 @@ QXMATH_API BCDF *BCDF_create_from_pntlst(int periodicity, int order, int least_s
 /* A new open record of order 4 around points[num_points x dimension], which
  * it takes over (PNTLST_create_from_list_of_pts), with chord-length
  * parameters. With least_squares 1 also weights, the session's default
- * least-squares tolerance and 0 segments. */
+ * least-squares tolerance and 0 segments. NULL, the array staying the
+ * caller's, when the host refuses memory for any part and its report
+ * returns. */
 QXMATH_API BCDF *BCDF_create_df_from_pts(double *points, int num_points, int dimension,
                                          int least_squares);
 
@@ -214,7 +219,9 @@ QXMATH_API int *BCDF_copy_crvatr_type_array(const BCDF *df);
 /* NULL for NULL; else a new record with copies of the seven lists (each with
  * capacity equal to its count) and of the type arrays (one entry per slope,
  * per curvature), and the tolerance, segment count, order and periodicity.
- * The copy has no knot sequence (NULL, 0). */
+ * The copy has no knot sequence (NULL, 0). NULL, with nothing left
+ * allocated, when the host refuses memory for any part and its report
+ * returns. */
 QXMATH_API BCDF *BCDF_copy_structure(const BCDF *df);
 
 /* Frees the seven lists (each frees its coordinates only if it owns them),
@@ -307,11 +314,15 @@ enum {
 
 /* Makes the record least-squares if it is not (BCDF_convert_to_least_squares),
  * then asks for `number` segments: ls_tolerance := 0.0 (the two settings
- * exclude each other), ls_num_of_segments := number. Returns number. */
+ * exclude each other), ls_num_of_segments := number. Returns number. When
+ * the host refuses the conversion its memory (and its report returns), the
+ * record is left as it was. */
 QXMATH_API int BCDF_change_number_of_segments(BCDF *df, int number);
 
 /* Makes the record least-squares if it is not, then ls_tolerance :=
- * tolerance and ls_num_of_segments := 0. */
+ * tolerance and ls_num_of_segments := 0. When the host refuses the
+ * conversion its memory (and its report returns), the record is left as it
+ * was. */
 QXMATH_API void BCDF_change_tolerance(BCDF *df, double tolerance);
 
 /* order := order, in every case. Checked (ERROR_internal, then stored all
@@ -555,7 +566,11 @@ QXMATH_API void BCDF_scale_slopes(BCDF *df, double factor);
  * the slopes are reduced (BCDF_make_least_squares_slopes); every curvature
  * is removed; then segments := 0, tolerance := srfc1_.ls_tolerance,
  * periodicity := 0 (the closing point stays). Checked: points neither 3-D
- * nor 4-D ("Points Are An Invalid Dimension", ERROR_internal). */
+ * nor 4-D ("Points Are An Invalid Dimension", ERROR_internal). All memory
+ * is taken before anything changes (the weights are made from the old
+ * parameters, then recomputed from the new ones for 4-D points): a host
+ * that refuses it leaves the record as it was, whether its report returns
+ * or unwinds. */
 QXMATH_API void BCDF_convert_to_least_squares(BCDF *df);
 
 /* 4-D points become 3-D by division by their weights

@@ -45,7 +45,8 @@ QXMATH_BEGIN_DECLS
  * Report: when the sweeps run out, "Too many iterations in routine
  * NR_ask_eigenvalues_jacobi." (ERROR_internal); d, v and *nrot hold the last sweep's values
  * (a convergence reached during that last sweep is not noticed). Storage: 2n doubles of
- * scratch; without them d is the diagonal of a, v the identity and *nrot 0, as before any
+ * scratch, on the stack for n <= 3 (so that the fits of lsfit.h cannot fail), else from
+ * the host; without them d is the diagonal of a, v the identity and *nrot 0, as before any
  * sweep (the host's report of the allocation is the only one). */
 QXMATH_API void NR_ask_eigenvalues_jacobi(double **a, int n, int limit, double *d, double **v,
                                           int *nrot);
@@ -68,7 +69,8 @@ QXMATH_API void NR_ask_eigenvalues_jacobi(double **a, int n, int limit, double *
  *   status  out  0 success; 1 B is not positive definite (a Cholesky pivot below 1.0e-10,
  *                absolute, or NaN): lambda then holds part of L's diagonal and nothing else
  *                is written, X and *nrot included; 2 the host gave no scratch storage and
- *                its report returned: lambda holds L's diagonal, X and *nrot not written
+ *                its report returned: lambda holds L's diagonal, X and *nrot not written;
+ *                3 the final solve failed (reported, below): X holds y, not x
  *
  * A, B, lambda and X must not overlap. Scratch: 2n^2 + 2n doubles and two arrays of n
  * row pointers, then two more arrays of row pointers and the solver's scratch.
@@ -77,7 +79,7 @@ QXMATH_API void NR_ask_eigenvalues_jacobi(double **a, int n, int limit, double *
  * NR_ask_eigenvalues_jacobi." when its sweeps run out, made while lambda and X hold the
  * eigenpairs of S (y, not yet x); if it returns, the solve still follows. "The third call
  * of SOLVE_lu_solver failed." when the final solve L^T x = y fails (in practice only for
- * want of storage): X then holds y. */
+ * want of storage): *status is then 3 and X holds y. */
 QXMATH_API void NR_generalized_eigenvalues_symm(const double *A, double *B, int n, int limit,
                                                 double *lambda, double *X, int *nrot, int *status);
 

@@ -107,7 +107,8 @@ QXMATH_API double *PNTLST_copy_points(const PNTLST *list, int *num_points, int *
 
 /* NULL for NULL; else a new list whose array is a copy of the points in use
  * and whose capacity equals its count (an empty list copies to an empty list
- * with no array). */
+ * with no array). NULL, with nothing left allocated, when the host refuses
+ * the memory and its report returns. */
 QXMATH_API PNTLST *PNTLST_copy_structure(const PNTLST *list);
 
 /* Copies the dimension doubles stored for the point at position into

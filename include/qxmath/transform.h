@@ -180,7 +180,8 @@ QXMATH_API int MTX4_mirror(const double q[3], const double n[3], double T[16]);
  * Method: R1 = MTX3_init(x1, y1) and R2 = MTX3_init(x2, y2), embedded with zero
  * translation; R2 inverted in place with MTX4_invert; T = Tr(o2).R2^-1.R1.Tr(-o1), formed by
  * three MTX4_multiply calls: R1 after Tr(-o1), then R2^-1, then Tr(o2).
- * Result 0; 1 when any of x1, y1, x2, y2 has |v|^2 <= 1.0e-20, with T not written.
+ * Result 0; 1 when any of x1, y1, x2, y2 has |v|^2 <= 1.0e-20, or when the host refused
+ * the scratch memory of MTX4_invert and its report returned, with T not written.
  * The success of MTX3_init is not tested: directions that are not perpendicular (cosine
  * above 1.0e-10) give result 0 and an unusable T. Such a system's orientation is taken as
  * zero, which MTX4_invert cannot invert, so T is then the same every time but meaningless. */

@@ -324,6 +324,21 @@ BCDF *BCDF_copy_structure(const BCDF *df)
     copy->ls_num_of_segments = df->ls_num_of_segments;
     copy->order = df->order;
     copy->periodicity = df->periodicity;
+    // A part the host refused (its report returned): no record lacking it.
+    const auto lost = [](const void *from, const void *to) {
+        return from != nullptr && to == nullptr;
+    };
+    const bool whole =
+        !lost(df->points, copy->points) && !lost(df->weights, copy->weights) &&
+        !lost(df->params, copy->params) && !lost(df->slopes, copy->slopes) &&
+        !lost(df->slope_params, copy->slope_params) && !lost(df->crvatrs, copy->crvatrs) &&
+        !lost(df->crvatr_params, copy->crvatr_params) &&
+        (qx_list_count(df->slopes) <= 0 || !lost(df->slope_types, copy->slope_types)) &&
+        (qx_list_count(df->crvatrs) <= 0 || !lost(df->crvatr_types, copy->crvatr_types));
+    if (!whole) {
+        BCDF_free_structure(copy);
+        return nullptr;
+    }
     return copy;
 }
 

@@ -169,6 +169,92 @@ bool persist_list(PNTLST **slot, Persisted &made)
     return true;
 }
 
+// What BCDF_add_params needs from the record as it was: whether it had
+// parameters, the last one, and the point position of each slope and
+// curvature against them. Taken, with every allocation the parameters need,
+// before a caller changes the points, so that nothing is allocated once they
+// have changed. A plain aggregate over host blocks.
+struct ParamTies {
+    bool had_old;
+    double old_last;
+    int num_slopes, num_crvatrs;
+    int *slope_pos, *crvatr_pos;
+};
+
+// The host refused a position array (its report returned) that slopes or
+// curvatures need: without it they would lose their points.
+bool positions_lost(const BCDF *df, const ParamTies &p)
+{
+    return (qx_list_count(df->slopes) > 0 && p.slope_pos == nullptr) ||
+           (qx_list_count(df->crvatrs) > 0 && p.crvatr_pos == nullptr);
+}
+
+void free_ties(const ParamTies &p)
+{
+    SM_free(p.slope_pos);
+    SM_free(p.crvatr_pos);
+}
+
+// Takes the ties, with room for n parameters in an existing list (the old
+// values stay). False, holding nothing, when positions were lost.
+bool take_param_ties(BCDF *df, int n, ParamTies &p)
+{
+    PNTLST *old = df->params;
+    p = ParamTies{old != nullptr && old->num_points > 0, last_param(df), 0, 0, nullptr, nullptr};
+    if (old != nullptr && old->max_points < n) PNTLST_allocate_points(old, n);
+    if (!p.had_old) return true;
+    p.slope_pos = BCDF_create_slope_pos_array(df, &p.num_slopes);
+    p.crvatr_pos = BCDF_create_crvatr_pos_array(df, &p.num_crvatrs);
+    if (positions_lost(df, p)) {
+        free_ties(p);
+        return false;
+    }
+    return true;
+}
+
+// The parameters of the points the record has now (params[], or chord
+// length for NULL), the slopes and curvatures following the ties (see
+// BCDF_add_params). Frees the ties.
+void put_params(BCDF *df, const double *params, ParamTies &p)
+{
+    const int n = qx_list_count(df->points);
+    PNTLST *old = df->params;
+    PNTLST *sized = sized_list(df->params, 1, n);
+    if (sized != nullptr) df->params = sized;
+    if (sized == nullptr || n < 1) {
+        free_ties(p);
+        return;
+    }
+    double *t = df->params->points;
+    if (params != nullptr) {
+        std::memmove(t, params, qx_doubles(n, 1) * sizeof(double)); // may be our own array
+    } else {
+        BCDF_CALC_parameters(n, df->points->dimension, df->points->points, 1.0, t);
+    }
+
+    if (!p.had_old) {
+        // Nothing to follow: the given slope and curvature parameters are
+        // taken to be in the new parameterisation already.
+        p.slope_pos = BCDF_create_slope_pos_array(df, &p.num_slopes);
+        p.crvatr_pos = BCDF_create_crvatr_pos_array(df, &p.num_crvatrs);
+        if (positions_lost(df, p)) { // back to no parameters
+            if (old == nullptr) {
+                PNTLST_free_structure(df->params);
+                df->params = nullptr;
+            } else {
+                df->params->num_points = 0;
+            }
+            free_ties(p);
+            return;
+        }
+    } else if (qx_list_count(df->slopes) > 0) {
+        BCDF_scale_slopes(df, p.old_last / t[n - 1]);
+    }
+    move_to_points(df->slope_params, p.slope_pos, p.num_slopes, t, n);
+    move_to_points(df->crvatr_params, p.crvatr_pos, p.num_crvatrs, t, n);
+    free_ties(p);
+}
+
 } // namespace
 
 extern "C" {
@@ -199,6 +285,10 @@ BCDF *BCDF_create_from_pntlst(int periodicity, int order, int least_squares, PNT
     df->crvatr_types = crvatr_types;
 
     if (params == nullptr) BCDF_add_params(df, nullptr);
+    if (df->params == nullptr) { // the host refused and returned: all stays the caller's
+        SM_free(df);
+        return nullptr;
+    }
 
     if (least_squares != 1) {
         // Taken over, so ours to free: the record is not least-squares.
@@ -207,6 +297,11 @@ BCDF *BCDF_create_from_pntlst(int periodicity, int order, int least_squares, PNT
         return df;
     }
     if (df->weights == nullptr) BCDF_add_weights(df);
+    if (df->weights == nullptr) { // refused, as above
+        if (params == nullptr) PNTLST_free_structure(df->params);
+        SM_free(df);
+        return nullptr;
+    }
     df->ls_tolerance = srfc1_.ls_tolerance;
     return df;
 }
@@ -223,52 +318,21 @@ BCDF *BCDF_create_df_from_pts(double *points, int num_points, int dimension, int
         df->ls_tolerance = srfc1_.ls_tolerance;
         df->ls_num_of_segments = 0;
     }
+    // A part the host refused (its report returned): no record lacking it,
+    // and the array stays the caller's.
+    if (df->points == nullptr || df->params == nullptr ||
+        (least_squares == 1 && df->weights == nullptr)) {
+        BCDF_free_all_but_points(df);
+        return nullptr;
+    }
     return df;
 }
 
 void BCDF_add_params(BCDF *df, const double *params)
 {
     if (df == nullptr) return;
-    const int n = qx_list_count(df->points);
-    PNTLST *old = df->params;
-    const bool had_old = old != nullptr && old->num_points > 0;
-    const double old_last = last_param(df);
-    // Room first (the old values stay), so that no allocation can report
-    // while the scratch positions below are held.
-    if (old != nullptr && old->max_points < n) PNTLST_allocate_points(old, n);
-
-    // Where each slope and curvature sits, while the old parameters are
-    // still there to say it.
-    int num_slopes = 0, num_crvatrs = 0;
-    int *slope_pos = had_old ? BCDF_create_slope_pos_array(df, &num_slopes) : nullptr;
-    int *crvatr_pos = had_old ? BCDF_create_crvatr_pos_array(df, &num_crvatrs) : nullptr;
-
-    PNTLST *sized = sized_list(df->params, 1, n);
-    if (sized != nullptr) df->params = sized;
-    if (sized == nullptr || n < 1) {
-        SM_free(slope_pos);
-        SM_free(crvatr_pos);
-        return;
-    }
-    double *t = df->params->points;
-    if (params != nullptr) {
-        std::memmove(t, params, qx_doubles(n, 1) * sizeof(double)); // may be our own array
-    } else {
-        BCDF_CALC_parameters(n, df->points->dimension, df->points->points, 1.0, t);
-    }
-
-    if (!had_old) {
-        // Nothing to follow: the given slope and curvature parameters are
-        // taken to be in the new parameterisation already.
-        slope_pos = BCDF_create_slope_pos_array(df, &num_slopes);
-        crvatr_pos = BCDF_create_crvatr_pos_array(df, &num_crvatrs);
-    } else if (qx_list_count(df->slopes) > 0) {
-        BCDF_scale_slopes(df, old_last / t[n - 1]);
-    }
-    move_to_points(df->slope_params, slope_pos, num_slopes, t, n);
-    move_to_points(df->crvatr_params, crvatr_pos, num_crvatrs, t, n);
-    SM_free(slope_pos);
-    SM_free(crvatr_pos);
+    ParamTies ties;
+    if (take_param_ties(df, qx_list_count(df->points), ties)) put_params(df, params, ties);
 }
 
 void BCDF_add_weights(BCDF *df)
@@ -318,10 +382,13 @@ BCDF *BCDF_make_bcdf_data_persistent(BCDF *df)
     for (PNTLST **slot : lists) {
         if (!persist_list(slot, made)) return nullptr;
     }
-    copy->slope_types = static_cast<int *>(persist_block(df->slope_types, made, ok));
+    // Stored only once had: a refusal has freed `copy` with the rest.
+    int *slope_types = static_cast<int *>(persist_block(df->slope_types, made, ok));
     if (!ok) return nullptr;
-    copy->crvatr_types = static_cast<int *>(persist_block(df->crvatr_types, made, ok));
+    copy->slope_types = slope_types;
+    int *crvatr_types = static_cast<int *>(persist_block(df->crvatr_types, made, ok));
     if (!ok) return nullptr;
+    copy->crvatr_types = crvatr_types;
     BCDF_free_structure(df);
     return copy;
 }
@@ -474,6 +541,25 @@ int *reserve_types(const VectorSet &s, int need)
     return t;
 }
 
+// Room for `need` entries in every part of a set, taken before anything
+// changes: a list made here is attached only once every part is had, so a
+// refused allocation, whether its report returns or unwinds, leaves the set
+// as it was (but for a grown capacity).
+bool reserve_set(const VectorSet &s, int need)
+{
+    PNTLST *vectors = *s.vectors, *params = *s.params;
+    const bool had = reserve(&vectors, 3, need) && reserve(&params, 1, need) &&
+                     reserve_types(s, need) != nullptr;
+    if (!had) {
+        if (vectors != *s.vectors) PNTLST_free_structure(vectors);
+        if (params != *s.params) PNTLST_free_structure(params);
+        return false;
+    }
+    *s.vectors = vectors;
+    *s.params = params;
+    return true;
+}
+
 // Removes entries pos .. pos + k - 1 (within range) with their parameters
 // and types; the set is released when it becomes empty.
 void remove_entries(const VectorSet &s, int pos, int k)
@@ -521,9 +607,8 @@ int set_at_point(BCDF *df, const VectorSet &s, int point, const double *v, int t
         t[index] = type;
         return index;
     }
-    if (!reserve(s.vectors, 3, count + 1) || !reserve(s.params, 1, count + 1)) return -1;
-    int *t = reserve_types(s, count + 1);
-    if (t == nullptr) return -1;
+    if (!reserve_set(s, count + 1)) return -1;
+    int *t = *s.types;
     PNTLST *vectors = *s.vectors;
     double padded[4] = {v[0], v[1], v[2], 0.0};
     if (vectors->dimension < 1 || vectors->dimension > 4) return -1;
@@ -737,7 +822,8 @@ void update_vectors(BCDF *df, const VectorSet &s, int count, const int *points, 
     const bool valid = points_valid(df, count, points);
     QX_CHECK_RAISE(valid, QX_ERR_INVALID_POSITION,
                    "An Invalid Point Position Was Given By Calling Routine");
-    if (!valid) return;
+    // All the room first: a refused allocation changes nothing.
+    if (!valid || (count > 0 && !reserve_set(s, set_count(s) + count))) return;
     for (int i = 0; i < count; ++i) set_at_point(df, s, points[i], v + 3 * i, types ? types[i] : 0);
 }
 
@@ -757,6 +843,7 @@ int BCDF_change_number_of_segments(BCDF *df, int number)
 {
     if (df == nullptr) return number;
     if (df->weights == nullptr) BCDF_convert_to_least_squares(df);
+    if (df->weights == nullptr) return number; // the host refused its memory
     df->ls_tolerance = 0.0;
     df->ls_num_of_segments = number;
     return number;
@@ -766,6 +853,7 @@ void BCDF_change_tolerance(BCDF *df, double tolerance)
 {
     if (df == nullptr) return;
     if (df->weights == nullptr) BCDF_convert_to_least_squares(df);
+    if (df->weights == nullptr) return; // the host refused its memory
     df->ls_tolerance = tolerance;
     df->ls_num_of_segments = 0;
 }
@@ -785,13 +873,19 @@ void BCDF_toggle_periodicity(BCDF *df)
     const int n = qx_list_count(df->points);
     const int d = n > 0 ? df->points->dimension : 0;
     const bool movable = d >= 1 && d <= 4;
+    // The memory first (room for the closing point, the ties of the new
+    // parameters): a host that refuses it leaves the record as it was.
+    ParamTies ties;
     if (df->periodicity == 1) {
         if (n > 1) drop_at_point(df, n - 1); // the first point's stand for it
+        if (!take_param_ties(df, n, ties)) return;
         if (movable) PNTLST_remove_points(df->points, n - 1, 1);
         if (movable && qx_list_count(df->weights) == n) PNTLST_remove_points(df->weights, n - 1, 1);
-        BCDF_add_params(df, nullptr);
+        put_params(df, nullptr, ties);
         df->periodicity = 0;
     } else {
+        if (movable && !reserve_points(df, n + 1)) return;
+        if (!take_param_ties(df, n + 1, ties)) return;
         if (movable) {
             double first[4];
             PNTLST_copy_single_point(df->points, 0, first);
@@ -801,7 +895,7 @@ void BCDF_toggle_periodicity(BCDF *df)
                 PNTLST_concat_one_point(df->weights, &w);
             }
         }
-        BCDF_add_params(df, nullptr);
+        put_params(df, nullptr, ties);
         df->periodicity = 1;
     }
 }
@@ -992,6 +1086,9 @@ void BCDF_update_end_slopes(BCDF *df, const double *start_slope, int start_type,
     const int n = num_tied(df);
     QX_CHECK_RAISE(n > 0, QX_ERR_NO_POINTS, "No Points Allocated In Defining Data Structure.");
     if (n == 0) return;
+    // All the room first: a refused allocation changes nothing.
+    const int more = (start_slope != nullptr ? 1 : 0) + (end_slope != nullptr ? 1 : 0);
+    if (more > 0 && !reserve_set(slopes_of(df), num_slopes(df) + more)) return;
     if (start_slope != nullptr) set_at_point(df, slopes_of(df), 0, start_slope, start_type);
     if (end_slope != nullptr) set_at_point(df, slopes_of(df), n - 1, end_slope, end_type);
 }
@@ -999,6 +1096,14 @@ void BCDF_update_end_slopes(BCDF *df, const double *start_slope, int start_type,
 void BCDF_add_needed_slopes(BCDF *df)
 {
     if (df == nullptr) return;
+    // All the room first: a refused allocation changes nothing.
+    int missing = 0;
+    for (int c = 0; c < num_crvatrs(df); ++c) {
+        const double key = df->crvatr_params->points[c];
+        if (slope_of_crvatr(df, c) < 0 && first_match(df->params, num_tied(df), key) >= 0)
+            ++missing;
+    }
+    if (missing > 0 && !reserve_set(slopes_of(df), num_slopes(df) + missing)) return;
     for (int c = 0; c < num_crvatrs(df); ++c) {
         if (slope_of_crvatr(df, c) >= 0) continue;
         const int p = first_match(df->params, num_tied(df), df->crvatr_params->points[c]);
@@ -1241,13 +1346,21 @@ void BCDF_convert_to_least_squares(BCDF *df)
 {
     if (df == nullptr || df->weights != nullptr) return;
     const int d = BCDF_return_dimension(df);
+    QX_CHECK(d == 3 || d == 4, "Points Are An Invalid Dimension");
+    // The memory first (the ties of the new parameters, the weights): a host
+    // that refuses it leaves the record as it was.
+    ParamTies ties{};
+    if (d == 4 && !take_param_ties(df, qx_list_count(df->points), ties)) return;
+    BCDF_add_weights(df);
+    if (df->weights == nullptr) {
+        free_ties(ties);
+        return;
+    }
     if (d == 4) {
         BCDF_convert_4d_to_3d(df);
-        BCDF_add_params(df, nullptr);
-    } else {
-        QX_CHECK(d == 3, "Points Are An Invalid Dimension");
+        put_params(df, nullptr, ties);
+        BCDF_add_weights(df); // again, in place, from the new parameters
     }
-    BCDF_add_weights(df);
     BCDF_make_least_squares_slopes(df);
     release(crvatrs_of(df));
     df->ls_num_of_segments = 0;

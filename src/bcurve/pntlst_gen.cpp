@@ -170,7 +170,12 @@ PNTLST *PNTLST_copy_structure(const PNTLST *list)
     if (copy->num_points > 0) {
         const std::size_t bytes = bytes_of(list->num_points, list->dimension);
         copy->points = static_cast<double *>(SM_alloc(bytes));
-        if (copy->points != nullptr && bytes != 0) std::memcpy(copy->points, list->points, bytes);
+        if (copy->points == nullptr && bytes != 0) {
+            // The host refused and returned: no list claiming points it lacks.
+            SM_free(copy);
+            return nullptr;
+        }
+        if (bytes != 0) std::memcpy(copy->points, list->points, bytes);
     }
     return copy;
 }

@@ -277,7 +277,11 @@ int MTX4_csys_to_csys(const double o1[3], const double x1[3], const double y1[3]
     double r1[16], r2[16];
     embed(m1, r1);
     embed(m2, r2);
-    MTX4_invert(r2, r2); // a zero orientation stays as it is
+    // A zero orientation stays as it is; any other fails only when the host
+    // refused the inversion's scratch memory and its report returned.
+    bool oriented = false;
+    for (double e : m2) oriented = oriented || e != 0.0;
+    if (MTX4_invert(r2, r2) != 0 && oriented) return 1;
     double to_origin[16], back[16], p[16];
     translation(o1, -1.0, to_origin);
     translation(o2, 1.0, back);

@@ -187,14 +187,19 @@ void NR_ask_eigenvalues_jacobi(double **a, int n, int limit, double *d, double *
     const size_t nn = count(n);
     if (nn == 0) n = 0; // no n - 1 overflow below
     jacobi_start(a, n, d, v, nrot);
-    double *scratch = nullptr;
-    if (nn > 0) {
+    // Orders 2 and 3 (the line and plane fits) keep their scratch on the
+    // stack: a caller cannot tell a refused allocation from a matrix that
+    // needs no rotation.
+    constexpr size_t kStackOrder = 3;
+    double local[2 * kStackOrder];
+    double *scratch = local;
+    if (nn > kStackOrder) {
         scratch = static_cast<double *>(SM_alloc(2 * nn * sizeof(double)));
         // The host has reported; leave the state before any sweep.
         if (scratch == nullptr) return;
     }
     const bool converged = jacobi_sweeps(a, n, limit, d, v, nrot, scratch, scratch + nn);
-    SM_free(scratch);
+    if (scratch != local) SM_free(scratch);
     if (!converged) report_sweeps_exhausted();
 }
 
@@ -216,7 +221,10 @@ void NR_generalized_eigenvalues_symm(const double *A, double *B, int n, int limi
         return;
     }
     if (reduced == 0) report_sweeps_exhausted();
-    if (!solve_transposed(B, n, X)) QX_INTERNAL("The third call of SOLVE_lu_solver failed.");
+    if (!solve_transposed(B, n, X)) {
+        *status = 3; // so that a caller whose host returns does not take y for x
+        QX_INTERNAL("The third call of SOLVE_lu_solver failed.");
+    }
 }
 
 int NR_ask_max_eigen_val_vec(int n, double **A, int limit, const double *x0, double *lambda,
