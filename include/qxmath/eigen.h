@@ -39,8 +39,12 @@ QXMATH_BEGIN_DECLS
  * most 1.0e-10 (absolute), or NaN, ends the iteration. Within the first three sweeps
  * elements at most 0.2 sum / n^2 are passed over; from the fifth sweep an element with
  * 100 |a[p][q]| no larger than 1.0e-10 next to both |d[p]| and |d[q]| is set to zero
- * without a rotation. A diagonal matrix (limit >= 2) gives d = its diagonal, v = identity,
- * *nrot = 0.
+ * without a rotation. A rotation takes t = a[p][q] / h (h = d[q] - d[p]) when 100 |a[p][q]|
+ * is negligible (1.0e-10, absolute) next to |h|, provided |a[p][q]| <= |h|: the absolute
+ * test also passes nearly equal diagonal elements with a coupling of at most 1.0e-12, for
+ * which a[p][q] / h would be far above 1 (infinite for h = 0), unlike any exact rotation,
+ * and would wreck d and v; those pairs take the general formula. A diagonal matrix
+ * (limit >= 2) gives d = its diagonal, v = identity, *nrot = 0.
  *
  * Report: when the sweeps run out, "Too many iterations in routine
  * NR_ask_eigenvalues_jacobi." (ERROR_internal); d, v and *nrot hold the last sweep's values

@@ -87,7 +87,12 @@ bool jacobi_sweeps(double **a, int n, int limit, double *d, double **v, int *nro
                 double h = d[q] - d[p];
                 double t;
                 const double ah = std::fabs(h);
-                if (std::fabs((ah + g) - ah) <= kNegligible) {
+                // The small-angle rotation t = apq / h is taken only while
+                // |t| <= 1, as every exact rotation is: the absolute test also
+                // passes nearly equal diagonal elements with a coupling of at
+                // most 1.0e-12, where apq / h would be huge (infinite for h
+                // exactly zero) and wreck d and v.
+                if (std::fabs((ah + g) - ah) <= kNegligible && std::fabs(apq) <= ah) {
                     t = apq / h;
                 } else {
                     const double theta = 0.5 * h / apq;
