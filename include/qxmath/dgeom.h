@@ -82,8 +82,9 @@ QXMATH_API int DGEOM_convert_crvatr_to_deriv2(const double d1[3], const double k
  *   4 (|H + root| + |H - root|) 0.5, the mean magnitude of the two
  *   5 -L/E, 6 -Nn/G, the normal curvatures along u and v, negated like H
  * with D = E G - F^2, N = (Su x Sv)/|Su x Sv|, L = Suu.N, M = Suv.N,
- * Nn = Svv.N. Returns 1 when D < 1.0e-10 (Su and Sv parallel or too short):
- * the record is then left untouched. With want_principal 0 only entries 0 and
+ * Nn = Svv.N. Returns 1 when D < 1.0e-10 (Su and Sv parallel or too short),
+ * and also when Su x Sv is exactly zero (parallel partials whose D is no
+ * more than the rounding of E G - F^2): the record is then left untouched. With want_principal 0 only entries 0 and
  * 1 are written; with any other value all seven. Returns 0 otherwise. */
 QXMATH_API int DGEOM_srf_curvatures(const double su[3], const double sv[3], const double suu[3],
                                     const double suv[3], const double svv[3], int want_principal,

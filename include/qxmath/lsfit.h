@@ -54,6 +54,11 @@ QXMATH_BEGIN_DECLS
  * The eigenvalues are cleaned (magnitude <= 1.0e-10 becomes 0.0) and the smallest
  * non-negative one is chosen, the first of equal ones winning. Coincident points therefore
  * take this path too: every eigenvalue is 0, the normal is (1, 0), the flag stays 0.
+ * The rule is kept as it stands where it surprises: Jacobi's rounding on the scatter
+ * matrix is some eps times its trace, so for points exactly on a line (plane) some hundreds
+ * of units long the zero eigenvalue can come out below -1.0e-10; it is then skipped and
+ * the normal is the eigenvector of a larger eigenvalue, along the line (in the plane), with
+ * dev[1] its root-mean-square. Callers fitting such data at that size scale it first.
  *
  * Only when no eigenvalue is non-negative (NaN input) does the fall-back run: the normal is
  * perpendicular to the direction from the centroid to the farthest point, provided that
@@ -127,8 +132,13 @@ QXMATH_API void LSFIT_plane_to_points(const double *pts, int n, double point[3],
  * collinear — the normal of LSFIT_line_to_points_2d is used to measure the largest
  * distance from the line through the centroid, and the points count as collinear when it
  * is not above 1.0e-10 times the largest distance from the centroid (coincident points,
- * two distinct points, NaN included) — or when the solution has A = 0 or |B|^2 - 4AD <= 0
- * or gives a non-finite centre or radius.
+ * two distinct points, NaN included), or when the line fit's dev[1] (the root-mean-square
+ * distance from its eigenvalue, which unlike the normal's direction does not suffer from
+ * Jacobi's absolute threshold on small point sets) is not above that — or when the
+ * solution has A = 0 or |B|^2 - 4AD <= 0 or gives a non-finite centre or radius. For this
+ * test only, the line fit takes a negative eigenvalue within Jacobi's rounding (8 D eps
+ * times the scatter matrix's trace) as 0.0, so that points exactly on a line hundreds of
+ * units long count as collinear (the exported line fit skips such an eigenvalue).
  *
  * n < 1: "There are no input points." through ERROR_internal (after the line fit, which
  * does not report); if the host returns, flag 1 and zeroed outputs. */
@@ -171,8 +181,10 @@ QXMATH_API void LSFIT_circle_to_points_3d(const double *pts, int n, double centr
  * The formulation of LSFIT_circle_to_points_2d in three dimensions: terms
  * z = (|u|^2, u_x, u_y, u_z, 1), a 5 x 5 moment matrix, Pratt's matrix with -2.0 at (0, 4)
  * and (4, 0). LSFIT_plane_to_points is called first: points whose largest distance from the
- * fitted plane is not above 1.0e-10 times their largest distance from the centroid are
- * coplanar (coincident, collinear, NaN included) and give flag 1 with every output zero; so
+ * fitted plane, or whose root-mean-square distance from it by the plane fit's dev[1], is
+ * not above 1.0e-10 times their largest distance from the centroid are coplanar
+ * (coincident, collinear, NaN included; a negative eigenvalue within rounding counts as
+ * 0.0 here, as for the circle) and give flag 1 with every output zero; so
  * do the solution failures listed for the circle. At least four points not in a plane are
  * needed; four give the exact sphere through them.
  *

@@ -148,10 +148,12 @@ int DGEOM_srf_curvatures(const double su[3], const double sv[3], const double su
 {
     const double e = dot3(su, su), f = dot3(su, sv), g = dot3(sv, sv);
     const double d = e * g - f * f;
-    if (d < kDegenerate) return 1;
     double n[3];
     cross3(su, sv, n);
     const double ln = length3(n);
+    // Parallel partials can leave D above the threshold by rounding alone
+    // while their cross product is exactly zero: no normal, as for small D.
+    if (d < kDegenerate || ln == 0.0) return 1;
     for (int i = 0; i < 3; ++i) n[i] = n[i] / ln;
     const double l = dot3(suu, n), m = dot3(suv, n), nn = dot3(svv, n);
     const double gauss = (l * nn - m * m) / d;

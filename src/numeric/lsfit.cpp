@@ -14,6 +14,7 @@
 #define QX_SOURCE_FILE "lsfit"
 #include "frame/check.h"
 
+#include <cfloat>
 #include <cmath>
 #include <cstddef>
 
@@ -126,9 +127,15 @@ void free_scratch(FlatScratch &w)
     SM_free(w.v_block);
 }
 
-// The line (D = 2) and plane (D = 3) fits.
+// The line (D = 2) and plane (D = 3) fits. With rounding_zero (the circle
+// and sphere fits' own flatness test, not the exported fits) a negative
+// eigenvalue within Jacobi's rounding, 8 D eps of the scatter matrix's
+// trace, is taken as 0.0 as well: the scatter matrix has none, and points
+// exactly on a line or plane hundreds of units long would otherwise have
+// their zero eigenvalue skipped and a normal along the line (in the plane).
 template <size_t D>
-void fit_flat(const double *pts, int n, double *point, double *normal, int *degenerate, double *dev)
+void fit_flat(const double *pts, int n, double *point, double *normal, int *degenerate, double *dev,
+              bool rounding_zero = false)
 {
     constexpr int kD = static_cast<int>(D);
     zero<D>(point);
@@ -162,7 +169,12 @@ void fit_flat(const double *pts, int n, double *point, double *normal, int *dege
 
     double eig[D];
     int nrot = 0;
+    double trace = 0.0;
+    for (size_t k = 0; k < D; ++k) trace += w.s[k][k];
     NR_ask_eigenvalues_jacobi(w.s, kD, kSweepLimit, eig, w.v, &nrot);
+    if (rounding_zero)
+        for (double &e : eig)
+            if (e < 0.0 && -e <= 8.0 * kD * DBL_EPSILON * trace) e = 0.0;
 
     double lambda;
     const size_t chosen = choose_smallest(eig, D, &lambda);
@@ -379,9 +391,10 @@ void fit_round(const double *pts, int n, double *centre, double *radius, int *de
                double *dev)
 {
     zero_round<D>(centre, radius, degenerate, dev);
-    double fpoint[D], fnormal[D], fdev[3];
+    // fdev[1] stays NaN (no verdict) where the fit does not write it.
+    double fpoint[D], fnormal[D], fdev[3] = {0.0, std::nan(""), 0.0};
     int fdeg = 0;
-    fit_flat<D>(pts, n, fpoint, fnormal, &fdeg, fdev);
+    fit_flat<D>(pts, n, fpoint, fnormal, &fdeg, fdev, true);
     if (n < 1) {
         report_no_points();
         *degenerate = 1;
@@ -391,7 +404,13 @@ void fit_round(const double *pts, int n, double *centre, double *radius, int *de
     double cen[D];
     centroid<D>(pts, np, cen);
     const Spread s = spread<D>(pts, np, cen, fnormal);
-    if (is_flat(s) || !algebraic_fit<D>(pts, np, cen, s.rms, centre, radius)) {
+    // The normal's direction is only as good as Jacobi's absolute threshold
+    // over the eigenvalue gap, which on a small or badly spread set can put
+    // exactly coplanar points beyond the ratio; the fit's root-mean-square
+    // distance, from its eigenvalue, does not depend on that direction.
+    const bool flat_by_eigenvalue = fdev[1] <= kFlatRatio * s.max_dist;
+    if (is_flat(s) || flat_by_eigenvalue ||
+        !algebraic_fit<D>(pts, np, cen, s.rms, centre, radius)) {
         zero_round<D>(centre, radius, degenerate, dev);
         *degenerate = 1;
         return;
