@@ -94,4 +94,30 @@ TEST_F(FuzzFits, SphereThroughCoplanarPointsIsDegenerate)
     }
 }
 
+// Eight coplanar points some hundreds of units apart, the first repeated 30
+// times: the plane fit skips the zero eigenvalue that rounding puts below
+// -1.0e-10, so its normal lies in the plane and the points seemed far from
+// it; the sphere fit returned a sphere with the flag 0.
+TEST_F(FuzzFits, SphereThroughLongCoplanarPointsIsDegenerate)
+{
+    const double first[3] = {-0.001953125, 47.84375, 0.03125};
+    const double others[][3] = {{244.54820443463564, 92.420363782922806, -21.378933119383039},
+                                {42.431524540903006, -85.841893382490184, 206.37513463578702},
+                                {20.911079546967326, -56.420703022807885, 158.73179539802811},
+                                {-66.182562593119968, 42.439638342469671, -4.0660717519020153},
+                                {-13.515617344757267, 52.039771504886858, -8.6770233593692421},
+                                {-13.515617344757267, 52.039771504886858, -8.6770233593692421},
+                                {22.200017680515948, -64.088001058448242, 170.35655520394965},
+                                {-13.375789866542574, 45.405966433746407, 1.2021193893412598}};
+    std::vector<double> pts(first, first + 3);
+    for (const auto &p : others) pts.insert(pts.end(), p, p + 3);
+    for (int i = 0; i < 29; ++i) pts.insert(pts.end(), first, first + 3);
+    double centre[3] = {kNaN, kNaN, kNaN}, radius = kNaN, dev[3] = {kNaN, kNaN, kNaN};
+    int degenerate = -1;
+    LSFIT_sphere_to_points_3d(pts.data(), 38, centre, &radius, &degenerate, dev);
+    EXPECT_EQ(degenerate, 1);
+    EXPECT_EQ(radius, 0.0);
+    for (int k = 0; k < 3; ++k) EXPECT_EQ(centre[k], 0.0);
+}
+
 } // namespace
