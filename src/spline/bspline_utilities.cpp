@@ -10,6 +10,7 @@
 #include "frame/check.h"
 
 #include <climits>
+#include <cmath>
 
 #include <qxmath/solvers.h>
 #include <qxmath/spline.h>
@@ -88,8 +89,10 @@ void mbasiseval(int d, int s, const double *knots, double t, int *first, double 
     }
     const int last = s + 2 * d;
     // The exact test first: it is the first thing the tolerant one tries.
+    // An infinite t is refused before the tolerant test, whose relative
+    // part (|t - end| <= rel * max(|t|, |end|)) would admit it.
     if (!(knots[0] <= t && t <= knots[last]) &&
-        !mx_in_closed_interval(t, knots[0], knots[last], kAbsTol, kRelTol)) {
+        (std::isinf(t) || !mx_in_closed_interval(t, knots[0], knots[last], kAbsTol, kRelTol))) {
         merrorpush(place_outside, QX_MERR_OUTSIDE_KNOTS, QX_MERR_LEVEL);
         return;
     }

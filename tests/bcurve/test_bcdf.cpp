@@ -509,3 +509,72 @@ TEST_F(DefiningData, PersistentRecordOutlivesTheOperation)
 }
 
 } // namespace
+
+namespace
+{
+
+TEST_F(DefiningData, EveryArrayQueryHandsOutTheRecordsOwn)
+{
+    BCDF *df = sample_record(1);
+    int n = -1, d = -1;
+    // Each query: the list it reads, what it returns, its count and (for
+    // vector lists) its dimension.
+    const PNTLST *points = df->points, *slopes = df->slopes, *crvatrs = df->crvatrs;
+    EXPECT_EQ(BCDF_return_df_point_array(df, &n, &d), points->points);
+    EXPECT_EQ(n * 10 + d, 43);
+    EXPECT_EQ(BCDF_return_slope_array(df, &n, &d), slopes->points);
+    EXPECT_EQ(n * 10 + d, 23);
+    EXPECT_EQ(BCDF_return_crvatr_array(df, &n, &d), crvatrs->points);
+    EXPECT_EQ(n * 10 + d, 13);
+    for (auto [query, own, count] : {std::tuple{&BCDF_return_param_array, df->params->points, 4},
+                                     {&BCDF_return_slope_pars_array, df->slope_params->points, 2},
+                                     {&BCDF_return_crvatr_pars_array, df->crvatr_params->points, 1},
+                                     {&BCDF_return_weight_array, df->weights->points, 4}}) {
+        n = -1;
+        EXPECT_EQ(query(df, &n), own);
+        EXPECT_EQ(n, count);
+    }
+    EXPECT_EQ(BCDF_return_slope_type_array(df), df->slope_types);
+    EXPECT_EQ(BCDF_return_crvatr_type_array(df), df->crvatr_types);
+    EXPECT_EQ(BCDF_is_least_squares(df), 1);
+    df->periodicity = 1;
+    EXPECT_EQ(BCDF_return_periodicity(df), 1);
+    PNTLST_free_structure(df->weights);
+    df->weights = nullptr;
+    EXPECT_EQ(BCDF_is_least_squares(df), 0);
+    BCDF_free_structure(df);
+
+    // No record reads as an empty one, silently even when checking.
+    qxsys_clear_reports();
+    MACH__checking_level = 1;
+    n = d = -1;
+    EXPECT_EQ(BCDF_return_df_point_array(nullptr, &n, &d), nullptr);
+    EXPECT_EQ(n + d, 0);
+    for (auto query : {&BCDF_return_slope_array, &BCDF_return_crvatr_array}) {
+        n = d = -1;
+        EXPECT_EQ(query(nullptr, &n, &d), nullptr);
+        EXPECT_EQ(n + d, 0);
+    }
+    for (auto query : {&BCDF_return_param_array, &BCDF_return_slope_pars_array,
+                       &BCDF_return_crvatr_pars_array, &BCDF_return_weight_array}) {
+        n = -1;
+        EXPECT_EQ(query(nullptr, &n), nullptr);
+        EXPECT_EQ(n, 0);
+    }
+    for (auto query : {&BCDF_create_slope_pos_array, &BCDF_create_crvatr_pos_array}) {
+        n = -1;
+        EXPECT_EQ(query(nullptr, &n), nullptr);
+        EXPECT_EQ(n, 0);
+    }
+    n = -1;
+    EXPECT_EQ(BCDF_return_knot_sequence(nullptr, &n), nullptr);
+    EXPECT_EQ(n, 0);
+    EXPECT_EQ(BCDF_return_slope_type_array(nullptr), nullptr);
+    EXPECT_EQ(BCDF_return_crvatr_type_array(nullptr), nullptr);
+    EXPECT_EQ(BCDF_return_periodicity(nullptr) + BCDF_is_least_squares(nullptr) +
+                  BCDF_is_qx_spline(nullptr),
+              0);
+    EXPECT_EQ(qxsys_report_count(), 0);
+}
+
+} // namespace

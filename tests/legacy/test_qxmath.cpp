@@ -136,6 +136,13 @@ TEST_F(Qxmath, AnglesAndPeriodicReduction)
     // clang-format on
     for (auto [x, p, want] : h002_cases) EXPECT_EQ(h002(x, p), want) << x << " " << p;
     EXPECT_NEAR(h002(-kHalfPi, kTwoPi), kThreeHalfPi, 4 * kEps);
+    // With a zero tolerance a remainder below half an ulp of p is not near 0, and p - r
+    // rounds to p itself: p is the result, outside [0, p) (the rule is kept as it stands).
+    const double saved = acom_.tolerance[0];
+    acom_.tolerance[0] = 0.0;
+    EXPECT_EQ(h002(-1e-300, kTwoPi), kTwoPi);
+    EXPECT_EQ(h002(-0.0, kTwoPi), 0.0);
+    acom_.tolerance[0] = saved;
 }
 
 TEST_F(Qxmath, VectorsMatricesSolvesAndFramesAgainstEigen)
