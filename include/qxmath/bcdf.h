@@ -30,6 +30,26 @@
  * nothing is checked. Either way, a NULL record or a missing list never
  * makes a query or copy touch memory it should not: it yields 0, NULL or
  * leaves the outputs untouched, as noted per function.
+ *
+ * NaN and infinite input. No routine here tests a coordinate, parameter,
+ * weight or tolerance for being finite: values are stored and copied as given
+ * and propagate into whatever is computed from them. Every loop is bounded by
+ * counts, never by a value. Parameter matching (within 1.0e-10) never matches
+ * a NaN: a slope or curvature with a NaN parameter has no defining point (0
+ * in BCDF_create_slope_pos_array, the number of points from
+ * BCDF_point_at_slope, reported with checking on), and BCDF_parameter_in_list
+ * walks past a NaN parameter and, for a NaN value, to the end (0, *index the
+ * count); an infinite parameter stops the walk like any larger one.
+ * BCDF_check_defining_data tests t[i] <= t[i-1], which a NaN parameter
+ * escapes, as a NaN curvature or slope escapes the perpendicularity test; a
+ * NaN least-squares tolerance fails its test. BCDF_CALC_parameters redoes NaN
+ * chord-length parameters uniformly (an infinite chord is kept). The
+ * closeness tests (BCDF_check_consecutive_dup_pts, BCDF_check_overlap_points)
+ * never find a NaN point close. A NaN slope is zero to
+ * BCDF_CALC_unitize_slope (raised with checking on, unit 0, result 0.0) but
+ * is divided by its NaN length in BCDF_unitize_slopes.
+ * BCDF_normalize_parameters leaves a record whose last parameter is NaN alone
+ * and returns NaN.
  */
 #ifndef QXMATH_BCDF_H
 #define QXMATH_BCDF_H
@@ -484,15 +504,15 @@ QXMATH_API int BCDF_ask_continuity(const BCDF *df);
  * fails, in this order: too few points (periodic <= 2, open < 2:
  * QX_BCDF_TOO_FEW_POINTS); constraints fewer than the order; constraints
  * 2147483600 or more; a parameter not strictly above the one before (exact
- * comparison); slopes below order 3 or curvatures below order 4; for each
- * curvature in turn, no slope sharing its parameter, then |curvature .
- * slope| > 1.0e-7 (absolute, on the vectors as stored); a record that is
- * not least-squares is then valid; a least-squares one needs m =
- * BCDF_ask_max_npoles_for_fit + 1 - order >= 1 (else
- * QX_BCDF_TOO_FEW_POINTS), and with no segment count a tolerance >= 0.0
- * (else QX_BCDF_LS_TOLERANCE; NaN fails too), else a segment count in 0 .. m
- * (else QX_BCDF_LS_SEGMENTS). Reports nothing whatever the checking level. A
- * NULL record has too few points. */
+ * comparison, t[i] <= t[i-1]: a NaN parameter is not caught); slopes below
+ * order 3 or curvatures below order 4; for each curvature in turn, no slope
+ * sharing its parameter, then |curvature . slope| > 1.0e-7 (absolute, on
+ * the vectors as stored); a record that is not least-squares is then valid;
+ * a least-squares one needs m = BCDF_ask_max_npoles_for_fit + 1 - order >= 1
+ * (else QX_BCDF_TOO_FEW_POINTS), and with no segment count a tolerance >=
+ * 0.0 (else QX_BCDF_LS_TOLERANCE; NaN fails too), else a segment count in
+ * 0 .. m (else QX_BCDF_LS_SEGMENTS). Reports nothing whatever the checking
+ * level. A NULL record has too few points. */
 QXMATH_API int BCDF_check_defining_data(const BCDF *df);
 
 /* 1 when two consecutive stored points are closer than the length tolerance

@@ -10,6 +10,18 @@
  * caller's output arrays. Outputs are computed before they are written, so
  * an output may alias any input. Degeneracy is judged against the absolute
  * threshold 1.0e-10, whatever the scale of the model.
+ *
+ * NaN and infinite input. Nothing tests for them, and which way a degeneracy
+ * test goes on NaN depends on how it is written. The tests "below 1.0e-10" of
+ * DGEOM_crv_curvature, DGEOM_crv_torsion, DGEOM_crv_curvature_variation and
+ * DGEOM_srf_curvatures are false for NaN, so those routines evaluate their
+ * formulas and write NaN (DGEOM_srf_curvatures returns 0).
+ * DGEOM_crv_diff_property and DGEOM_srf_normal_curvature test "at least
+ * 1.0e-10" instead: a NaN |d1| leaves the Frenet record all zero, a NaN
+ * |d1 x d2| leaves only the tangent set (an infinite d1 passes both tests and puts
+ * NaN, infinity / infinity, into the record), and a NaN D gives *kn = 0.0;
+ * NaN in the other vectors reaches *kn and the torsion. The conversions
+ * propagate NaN.
  */
 #ifndef QXMATH_DGEOM_H
 #define QXMATH_DGEOM_H

@@ -11,6 +11,19 @@
  * report is made, so a host that unwinds from it loses nothing. Scratch memory comes from
  * SM_alloc; should the host fail to give it and its report return, each routine returns
  * with the outputs described under "storage" below. Re-entrant: no state is kept.
+ *
+ * NaN and infinite input. Nothing is tested for them, and every iteration is bounded by its
+ * limit whatever the values. Jacobi's convergence test is written so that NaN passes it: the
+ * first sweep whose starting off-diagonal sum is NaN ends the iteration, without a report. A
+ * NaN coupling in the strict upper triangle therefore ends it at once: d is the diagonal of a,
+ * v the identity, *nrot 0. A rotation on a pair with a NaN diagonal element spreads NaN into d,
+ * v and, for n >= 3, into the other couplings of its rows, so the next sweep ends it; a NaN
+ * diagonal element whose couplings are all 0.0 is never rotated and stays in d. An infinite
+ * element that Jacobi reads gives infinite or NaN eigenvalues. The generalised problem gives
+ * status 1 for a NaN anywhere in B's upper triangle or diagonal (what NR_cholesky_decomp reads:
+ * the NaN reaches a pivot); a NaN in A is not caught (status 0) and meets Jacobi as above.
+ * Power iteration never converges on NaN (its test compares NaN): it runs to its limit and ends
+ * with *notconverged 1.
  */
 #ifndef QXMATH_EIGEN_H
 #define QXMATH_EIGEN_H

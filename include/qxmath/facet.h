@@ -27,6 +27,17 @@
  * Aliasing: every routine reads all its inputs before it writes its first
  * output, so an output may be (or overlap) any input.
  * Nothing is allocated and nothing is kept between calls.
+ *
+ * NaN and infinite input. Nothing here tests for them: they propagate into the distances,
+ * parameters and points computed, and every threshold test on a NaN value is false. So
+ * FACET_line_int_plane and FACET_point_plane_proj return 0 ("not parallel") for a NaN in N or
+ * in the line and write NaN; FACET_line_line_dist, FACET_line_point_dist and
+ * FACET_compute_undirected_angle return NaN; FACET_plane_plane_int returns 0 (as for coincident
+ * planes) for a NaN normal, leaving P untouched. The PLN3_ predicates answer 0 for NaN input,
+ * and so does PNT3_is_colinear unless two of its points are finite and within tol of each other
+ * (its first test). VEC3_unitize accepts a NaN direction (vector.h), so
+ * FACET_points_to_param_line with normalize 1 writes the unitized direction even for a NaN or
+ * infinite difference (NaN where 0 x infinity arises), not the raw difference.
  */
 #ifndef QXMATH_FACET_H
 #define QXMATH_FACET_H

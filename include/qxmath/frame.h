@@ -9,6 +9,16 @@
  *   slot 7  scaled squared tolerance = slot 2 x 1.0e8
  * All slots are 0.0 when the library is loaded, -939.0 after sys10_, and
  * computed by sys21_.
+ *
+ * NaN and infinite input. Nothing here tests for them. sys21_ with a NaN
+ * model scale makes slots 1, 2 and 7 NaN (an infinite one, infinite); slot 0
+ * does not depend on the scale. eqz_ tests |*a - *b| <= tol, so a NaN operand
+ * or a NaN tolerance gives 0, and so do two equal infinities (their
+ * difference is NaN); an infinite tolerance admits any finite difference. A
+ * NaN length tolerance makes the null-vector test of the by-address unitizing
+ * routines (vector.h) false: vunt2_, vunt3_ and vcru3_ then unitize even a
+ * null vector, flag 1 and NaN components. sys22_ propagates NaN like any
+ * product.
  */
 #ifndef QXMATH_FRAME_H
 #define QXMATH_FRAME_H

@@ -27,6 +27,20 @@
  * Nothing is checked at any checking level; the only report of this file is
  * "There are no input points." through ERROR_internal, made whatever the checking level.
  * Inputs are read only; outputs must not overlap the points or each other.
+ *
+ * NaN and infinite input. The circle and sphere fits refuse them: a NaN or infinite
+ * coordinate among those a fit reads (x and y only for LSFIT_circle_to_points_2d) makes the
+ * points' spread non-finite, which counts as collinear (coplanar), so the flag is 1 and
+ * every output zero. The line and plane fits do not test for them. A NaN or infinite
+ * coordinate makes the scatter-matrix entries that involve it NaN, couplings included, so
+ * Jacobi stops before its first rotation (eigen.h): the eigenvalues are the scatter
+ * matrix's diagonal, the eigenvectors the coordinate axes, and when some diagonal entry is
+ * still a number the smallest non-negative one is chosen as usual: flag 0, a coordinate
+ * axis as normal, point formed from the centroid as usual (not finite where the centroid
+ * is not), and dev[2] NaN. Only when every diagonal entry is NaN (a non-finite x and y,
+ * for the plane also z, among the points) does the fall-back run; its distance tests fail
+ * on NaN, so the line fit ends with flag 1 and the plane fit with flag 0, both with point
+ * and normal zero and dev not written. Jacobi's sweep limit is never reached on such input.
  */
 #ifndef QXMATH_LSFIT_H
 #define QXMATH_LSFIT_H
@@ -60,7 +74,8 @@ QXMATH_BEGIN_DECLS
  * the normal is the eigenvector of a larger eigenvalue, along the line (in the plane), with
  * dev[1] its root-mean-square. Callers fitting such data at that size scale it first.
  *
- * Only when no eigenvalue is non-negative (NaN input) does the fall-back run: the normal is
+ * Only when no eigenvalue is non-negative and below the bound 1.0e19 (NaN input, or points
+ * spread over some 1e9 units and more) does the fall-back run: the normal is
  * perpendicular to the direction from the centroid to the farthest point, provided that
  * point is at least 0.001 away; then lambda = 1.0e19 enters dev[1]. Otherwise (all points
  * within 0.001, or NaN) the flag is 1, point and normal are zero and dev is not written.
@@ -85,13 +100,16 @@ QXMATH_API void LSFIT_line_to_points_2d(const double *pts, int n, double point[2
  *
  * Eigenvalue choice as in LSFIT_line_to_points_2d: coincident or collinear points take the
  * main path and get an arbitrary normal (a column of the Jacobi eigenvector matrix) with
- * the flag 0. The fall-back (no non-negative eigenvalue, i.e. NaN input) takes d, the unit
+ * the flag 0. The fall-back (no non-negative eigenvalue below 1.0e19: NaN input or points
+ * spread over some 1e9 units and more) takes d, the unit
  * direction to the point farthest from the centroid, and p, the point farthest from the
  * line along d, and uses d x p when there are at least three points, the farthest is at
  * least 0.001 away and p is at least 0.001 from the line. When the farthest point is within
  * 0.001 (all points coincide, or NaN) the fit returns at once: point and normal stay zero,
  * the flag stays 0 and dev is not written. Otherwise (collinear) the flag is 1, point and
- * normal are zero and dev is not written.
+ * normal are zero and dev is not written. At coordinates of 1e20 and more the distance from
+ * the line is rounding itself: points collinear in exact arithmetic can pass its test while
+ * d x p is too short to be made unit; the normal then stays zero with the flag 0.
  *
  * n = 0 (or negative): point (NaN, NaN, NaN), normal (1, 0, 0), dev[0] = 0, dev[1] and
  * dev[2] NaN, no report (the report of the fall-back needs n < 1 and NaN eigenvalues). */

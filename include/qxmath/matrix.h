@@ -23,6 +23,19 @@
  * re-entrant as long as callers do not share the matrices between threads.
  * Every routine does nothing and allocates nothing when its row count or
  * order is below 1, apart from writing the parity or status it reports.
+ *
+ * NaN and infinite input. Every loop here runs a number of steps fixed by
+ * the dimensions, whatever the values, and no routine tests for NaN or
+ * infinity except where stated: they propagate through products, copies
+ * and substitutions. ludcmp_a's comparisons pass NaNs over: a row holding
+ * nothing but zeros and NaNs is "all zeros" (result 1, a and indx
+ * untouched), and a NaN figure never wins a pivot search, but a NaN that
+ * ends up on the diagonal is used as the pivot as it is (it is not zero,
+ * so not replaced by 1.0e-20) and spreads through the factors. A row with
+ * an infinite element gets the scale 1/inf = 0, so that row's figures are
+ * 0 or NaN. NR_cholesky_decomp ends with status 1 at the first pivot that
+ * is NaN, as for one below 1.0e-10; an infinite pivot passes (its root is
+ * +infinity).
  */
 #ifndef QXMATH_MATRIX_H
 #define QXMATH_MATRIX_H

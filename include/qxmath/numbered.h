@@ -15,6 +15,25 @@
  *
  * No routine here raises an error or prints: degenerate input is reported through the
  * routine's own code or absorbed by snapping onto a tolerance.
+ *
+ * NaN and infinite input. Only h016_ refuses them (kind 5 for an infinite or NaN coefficient)
+ * and the periodic placements test for a NaN x or period (h006_, h0062_, h0063_, h0065_:
+ * nothing found, x unchanged; h0005_ then gives x, or NaN for a NaN period). Elsewhere NaN
+ * propagates into the outputs, and a tolerance test on NaN is false. So the equality tests
+ * (h805_, h806_, h206_, h202_, h204_, h302_, h306_, h307_) answer 0, even for two identical NaN
+ * points; h809_, h312_, h318_ and h319_ answer 0, h804_ gives 5 and h303_, h203_ give 1. A
+ * routine that falls back when a quantity is within tolerance of zero takes its general branch
+ * and writes NaN: h000_ leaves a NaN x as it is, h015_ gives status 1, h230_ status 1, h1600_
+ * ok 1 (n left unchanged), h430_ 0, h019_ and h704_ NaN parameters. h014_ takes any NaN
+ * coefficient to kind 3, degree 2, with NaN roots. Unitising is vunt3_'s, which succeeds on NaN
+ * (vector.h): h960_ gives ok 1 with NaN rows and v6043_ status 1 with a NaN matrix, while the
+ * constructions that test with VEC3_is_parallel, MTX3_init_y_z or MTX3_is_ortho_normal
+ * (v6043_normal, v6045_, and v6054_ for a NaN matrix element) give status 2; h813_ takes a NaN
+ * direction as of zero length (status 2). The angular-range routines (h009_, h010_, h012_) end
+ * with one of their codes, but a NaN end makes their result meaningless (it may count as the
+ * whole circle or spread NaN into out). No loop depends on a value: h016_'s Newton refinement
+ * takes at most 8 steps, and the periodic placements compute their counts by division, not by
+ * stepping.
  */
 #ifndef QXMATH_NUMBERED_H
 #define QXMATH_NUMBERED_H
@@ -190,7 +209,8 @@ QXMATH_API void h006_(const double *x, const double lim[2], const int *flag, con
 /* h0005_: x moved by whole periods into [start, start + period].
  *   out = x + count*period with count from h006_ on the range [start, start + period] with
  *   the period flag set; out = x when h006_ finds nothing (period <= 0 with x outside the
- *   range, NaN, a count beyond int). The result may equal either end (within tol); h0062_
+ *   range, a NaN x, a count beyond int), except that a NaN or infinite period gives out =
+ *   NaN (x + 0 x period) even then. The result may equal either end (within tol); h0062_
  *   and h0063_ give the half-open placement. out may be the same double as x. */
 QXMATH_API void h0005_(const double *x, const double *start, const double *period, double *out);
 

@@ -28,6 +28,22 @@
  * on and returns as it would have. At level 0 nothing is tested or reported
  * (except the notes of MTX3_fixup that are written at any level).
  *
+ * NaN and infinite input. Nothing tests for them; they propagate into the matrices written.
+ * VEC3_unitize accepts a NaN or infinite direction (vector.h), and the perpendicularity tests
+ * differ on a NaN cosine: MTX2_init and MTX3_init (which refuse a cosine above 1.0e-10) and
+ * MTX3_init_x and MTX3_init_z (which test none) return 1 and write NaN elements, while
+ * MTX3_init_y_z and MTX3_init_x_y_z (which require |cosine| <= 1.0e-10) return 0 and leave M
+ * untouched.
+ * MTX3_rot_about_axis writes NaNs for a NaN angle or axis. MTX3_is_ortho_normal,
+ * MTX3_is_equal and MTX3_is_identity answer 0 when an element or the tolerance is NaN, so
+ * MTX3_multiply (_t) with such a factor returns 0 and the plain product. MTX3_ortho_normalize
+ * always ends: a pass whose X and Z rows are sound rebuilds the matrix from them alone (a NaN
+ * in the Y row is repaired away, result 1); a matrix no pass can repair comes back to one
+ * already seen, bit for bit, which ends the loop with result 1 and NaN left in M. MTX3_fixup
+ * neither snaps a NaN element nor notes it as modified (both comparisons are false); a NaN
+ * in its X or Y row unitizes, so the result is 1 and the derived rows are NaN. With checking
+ * on, the builders' ortho-normality assertion reports each NaN result.
+ *
  * Aliasing: every routine here reads all its inputs before it writes its
  * output, so an output may be (or overlap) any input unless stated.
  * Nothing is allocated and nothing is kept between calls.

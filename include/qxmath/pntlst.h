@@ -22,6 +22,15 @@
  * as noted per function. A NULL list is accepted everywhere: nothing happens
  * and the result is NULL or 0.0. Allocation failures are the host's to
  * report.
+ *
+ * NaN and infinite input. Coordinates are never tested: insertion,
+ * replacement, removal and copies move them byte for byte (a NaN keeps its
+ * bits), PNTLST_calc_point_distance returns NaN when a coordinate of either
+ * point is NaN (+infinity for an infinite one against a finite one), and
+ * PNTLST_convert_4d_to_3d divides by the weight whatever it is (a NaN or
+ * zero weight gives NaN or infinite coordinates). Only counts, positions
+ * and dimensions decide what a function does, so no loop here depends on a
+ * coordinate's value.
  */
 #ifndef QXMATH_PNTLST_H
 #define QXMATH_PNTLST_H

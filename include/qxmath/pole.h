@@ -6,12 +6,26 @@
  * point (x, y, z) with weight w. A pole array holds poles one after another,
  * four doubles each. Weights are expected to be non-zero; the bc_POLE_
  * routines never test for w = 0 (a zero weight gives infinities or NaNs,
- * which then compare unequal). They never report and never allocate; every
- * output array is the caller's.
+ * which then compare unequal, except as noted below for
+ * bc_POLE_identical_poles_in_3d). They never report and never allocate;
+ * every output array is the caller's.
  *
  * Two ways of forming a 3-D point from a pole are used on purpose and are
  * kept: bc_POLE_equal_in_3d multiplies by the reciprocal weight (1/w).x,
  * every other routine divides, x/w. The two may differ in the last bit.
+ *
+ * NaN and infinite input. The bc_POLE_ routines do not test for them: NaN
+ * propagates into the points, distances and averages they write, and
+ * bc_POLE_equal_in_3d and bc_POLE_equal_in_4d answer 0 for a NaN coordinate
+ * or weight. bc_POLE_identical_poles_in_3d checks only poles 0 and m by
+ * equality; a NaN point among the others (a NaN coordinate, or a zero weight
+ * over a zero coordinate, 0/0) makes the average NaN, no squared distance
+ * from a NaN average exceeds the tolerance, and the result is 1. bc_xyz_box,
+ * in contrast, tests every value it uses: a NaN range end is
+ * BC_BOX_BAD_RANGE, a knot not finite BC_BOX_BAD_CURVE, a used pole with a
+ * coordinate not finite BC_BOX_BAD_POLES, and 3-D points that overflow
+ * BC_BOX_UNBOUNDED; its halving is bounded by the fixed budgets below
+ * whatever the values.
  */
 #ifndef QXMATH_POLE_H
 #define QXMATH_POLE_H

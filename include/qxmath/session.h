@@ -10,6 +10,13 @@
  * tests for it. At load the whole block is zero.
  *
  * Nothing here is thread-safe: the host drives the session from one thread.
+ *
+ * NaN and infinite input. The blocks store whatever the host writes, and
+ * no accessor tests a double: WCS__set_matrix_values copies a NaN or
+ * infinite matrix as it is, the WCS queries hand it back, and mapvaw_,
+ * mapvwa_, mappaw_ and mappwa_ propagate NaN from the point, the WCS
+ * matrix or its origin into their outputs. A NaN or infinite model scale
+ * reaches the tolerances through sys21_ (frame.h).
  */
 #ifndef QXMATH_SESSION_H
 #define QXMATH_SESSION_H

@@ -13,6 +13,17 @@
  * None of these functions reports through the host's error interface, and
  * none checks its arguments at any checking level: the dense drivers return
  * codes, the banded solver leaves its failures in the error state below.
+ *
+ * NaN and infinite input. Every loop runs a number of steps fixed by n, m and
+ * nrhs, whatever the values. SOLVE_solve_3equations returns 1 for a NaN
+ * determinant and leaves x unwritten; an infinite determinant is solved (x =
+ * finite / infinity or NaN). SOLVE_lu_solver behaves as ludcmp_a does
+ * (matrix.h): a row of nothing but zeros and NaNs gives 1, any other NaN is
+ * not caught (0). The banded solver's pivot tests are written so that NaN
+ * fails them: a NaN pivot pushes 7235 in mdecompose_banded, a NaN diagonal
+ * element 7235 in msolve_banded, each stopping there; an infinite pivot
+ * passes (its multipliers are 0.0 or NaN). A NaN right-hand side is never
+ * tested.
  */
 #ifndef QXMATH_SOLVERS_H
 #define QXMATH_SOLVERS_H

@@ -5,6 +5,24 @@
  * [knots[k - 1], knots[N]]. Failures of the basis, knot and banded routines are
  * left in the error state of solvers.h (merrorpush ... merrorlevel); the
  * interpolation routines flush it before they return.
+ *
+ * NaN and infinite input. A NaN parameter lies outside every range:
+ * mbasiseval pushes 2900 for a NaN or infinite t and writes nothing, h0917
+ * and h0918 return -1, and h0914_ refuses a NaN or infinite point or
+ * condition parameter (-1, and so does h0913 when it places its knots by
+ * h0914_). On knots that do not come from h0914_ (the caller's, in h0913a and
+ * h0913b, or knot_seq_order_4's in h0913) such a parameter leaves its row
+ * unfilled and the result is 1. h0916 does not test t: a NaN t gives NaN
+ * values. Coordinates of points and condition vectors are not tested: a NaN
+ * or infinite one propagates into the poles of its coordinate and the result
+ * stays 0. Knots are not tested for being finite either. Every search over
+ * knots is a bisection or a pass bounded by the count, so NaN or infinite
+ * knots end every routine; they only change the span found, give NaN basis
+ * values, leave rows unfilled (result 1) or make a result that is not a knot
+ * vector. The tolerant knot equality below holds between an infinite knot and
+ * any finite one (the relative test scales by the infinite magnitude);
+ * get_unique_reals' absolute test drops a value whose difference from its
+ * predecessor is NaN.
  */
 #ifndef QXMATH_SPLINE_H
 #define QXMATH_SPLINE_H
@@ -61,7 +79,7 @@ typedef struct QX_interp_desc {
  * knots[i + j] - t: at level j = 1 ... d, for r = 0 ... j - 1, temp =
  * N[r] / (right[r + 1] + left[j - r]), N[r] = saved + right[r + 1] * temp,
  * saved = left[j - r] * temp (saved starting at 0.0), and N[j] = saved.
- * Failure: t outside the range (so also a NaN t), d outside 0 ... 24, s < 1,
+ * Failure: t outside the range (so also a NaN or infinite t), d outside 0 ... 24, s < 1,
  * s + 2d beyond an int, or a NULL pointer push 2900 (QX_MERR_OUTSIDE_KNOTS),
  * level 4, and nothing is written. An empty span (a run of more than d + 1
  * equal knots at the right end) divides zero by zero: NaN values. values may

@@ -37,6 +37,20 @@
  * output, so the output may be any of the inputs. Nothing is allocated here (MTX4_invert
  * works on a local copy; ludcmp_a takes a scratch vector from the host) and nothing is
  * kept between calls.
+ *
+ * NaN and infinite input. Nothing here tests for them: products, applications, scalings and the
+ * builders propagate them into every element they touch. The builders' null tests (|v|^2 <=
+ * 1.0e-20) are false for a NaN direction, so MTX4_rotation and MTX4_mirror return 0 and write
+ * NaN; a NaN angle does the same. MTX4_invert follows ludcmp_a (matrix.h), which passes NaNs
+ * over when it looks for a row's largest magnitude: a row holding nothing but zeros and NaNs
+ * counts as a zero row, result 1 and R unwritten; an infinite element is not caught (result 0).
+ * MTX4_csys_to_csys therefore returns 0 with NaN elements for a NaN x1 or y1, and 1 for a NaN
+ * x2 or y2 (the NaN rows of the orientation to invert are zero rows). MTX4_is_equal and
+ * MTX4_is_identity answer 0 for a NaN element or tolerance, MTX4_is_ortho_normal for a NaN in
+ * the orientation part; MTX4_is_equal_transform tests its scale entries and translations by
+ * "differ by more than", so a NaN there (or a NaN tol_s or tol_d) passes and the orientation
+ * parts decide. CSYS_map_csys returns 0 for a NaN axis (MTX3_init_x_y_z refuses it) and has
+ * written the origin, NaN or not.
  */
 #ifndef QXMATH_TRANSFORM_H
 #define QXMATH_TRANSFORM_H

@@ -28,6 +28,22 @@
  * of their inputs; MC_AxB, VEC3_make_trihedral, VEC2_ask_perpendicular and
  * VEC3_ask_perpendicular do not (their output must be distinct from every input). The
  * unitize routines accept W == V.
+ *
+ * NaN and infinite input. Nothing here tests for them: they propagate into the outputs, and as
+ * every comparison with NaN is false, a tolerance test on a NaN length takes its "not small"
+ * branch. VEC2_unitize, VEC3_unitize (and vunt2_, vunt3_, vcru3_ with flag 1) return 1 for a
+ * NaN vector, with NaN length and components; an infinite component gives length +infinity and,
+ * by the reciprocal 0.0, NaN for that component and 0.0 for finite ones. The ask_perpendicular
+ * routines return 1 and VEC2_components returns 1 (NaN components); the parallel and
+ * perpendicular tests (VEC2_/VEC3_is_parallel, _is_perpendicular, MC_q_parallel, MC_q_perp)
+ * answer 0 for a non-finite vector unless, for VEC2_/VEC3_, the other one is null within tol.
+ * VEC3_angle_between and MC_get_angle give NaN for NaN input. VEC2_ask_shortest_vector never
+ * takes a NaN length as shorter, so a NaN first vector is never displaced (the result is 0).
+ * The null-vector and singular tests of MC_ (length below 0.0001, |determinant| below 1.0e-8)
+ * are false for a NaN length or determinant: a NaN vector or matrix coefficient is neither
+ * printed nor raised, and MC_v_unit and MC_solve_3 write NaN (MC_dist_lines takes a NaN cross
+ * product for parallel lines). With checking on, a NaN component fails the range assertion of
+ * the [asserts] routines like an infinite one (|NaN| < 1e19 is false) and is reported.
  */
 #ifndef QXMATH_VECTOR_H
 #define QXMATH_VECTOR_H
