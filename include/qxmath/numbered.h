@@ -329,7 +329,9 @@ QXMATH_API void h924_(const double n[3], double m[9]);
  *                  not a number): out = 0; 3 a code outside 1 .. 5: out untouched
  *
  * The multiplication by L is not guarded (a zero L gives a zero slope). Unit directions are
- * slope / |slope|, component by component. */
+ * slope / |slope|, component by component; when the squared length overflows (a component
+ * beyond about 1e154) the slope is first divided by its largest component magnitude, so a
+ * finite direction is always made unit. An infinite component gives NaN (status 1). */
 QXMATH_API void h813_(const double slope[3], const double *scale, const int *code, double out[3],
                       int *status);
 

@@ -41,6 +41,20 @@ extern "C" void h813_(const double slope[3], const double *scale, const int *cod
             *status = 2;
             return;
         }
+        if (std::isinf(s)) {
+            // The squares overflow (a component beyond about 1e154): the
+            // direction of the vector scaled by its largest component.
+            const double m = std::fmax(std::fabs(x), std::fmax(std::fabs(y), std::fabs(z)));
+            if (std::isfinite(m)) {
+                const double u = x / m, v = y / m, w = z / m;
+                const double l = std::sqrt(u * u + v * v + w * w);
+                out[0] = u / l;
+                out[1] = v / l;
+                out[2] = w / l;
+                *status = 1;
+                return;
+            }
+        }
         const double len = std::sqrt(s);
         out[0] = x / len;
         out[1] = y / len;
