@@ -54,6 +54,14 @@ class Reader
         return lo + static_cast<int>(v % span);
     }
 
+    // A moderate value: a signed 16-bit fixed-point number, hi * 256 + lo over
+    // unit (zero, or of magnitude 1/unit to 32768/unit).
+    double moderate(double unit)
+    {
+        const int hi = static_cast<std::int8_t>(byte());
+        return (hi * 256 + byte()) / unit;
+    }
+
     double real()
     {
         const std::uint8_t selector = byte();
@@ -121,6 +129,26 @@ class Reader
 };
 
 // Whether a call of the current input was unwound by a report.
+inline double dot3(const double *a, const double *b)
+{
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+inline bool all_finite(const double *v, int n)
+{
+    for (int i = 0; i < n; ++i)
+        if (!std::isfinite(v[i])) return false;
+    return true;
+}
+
+// Whether every value lies within [-limit, limit] (NaN does not).
+inline bool bounded(const double *v, int n, double limit)
+{
+    for (int i = 0; i < n; ++i)
+        if (!(std::fabs(v[i]) <= limit)) return false;
+    return true;
+}
+
 inline bool &unwound()
 {
     static bool flag = false;

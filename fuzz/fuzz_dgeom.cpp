@@ -14,20 +14,13 @@
 namespace
 {
 
-double dot(const double *a, const double *b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+double dot(const double *a, const double *b) { return qxfuzz::dot3(a, b); }
 double len(const double *a) { return std::sqrt(dot(a, a)); }
 void cross(const double *a, const double *b, double *c)
 {
     c[0] = a[1] * b[2] - a[2] * b[1];
     c[1] = a[2] * b[0] - a[0] * b[2];
     c[2] = a[0] * b[1] - a[1] * b[0];
-}
-
-// A moderate component: zero, or of magnitude 1/512 to 128.
-double moderate(qxfuzz::Reader &in)
-{
-    const int hi = static_cast<std::int8_t>(in.byte());
-    return (hi * 256 + in.byte()) / 256.0;
 }
 
 // A vector: arbitrary, moderate, or (when like is given) parallel to it.
@@ -45,13 +38,13 @@ Vec vector_from(qxfuzz::Reader &in, const Vec *like = nullptr)
         break;
     case 1:
         if (like != nullptr) {
-            const double f = moderate(in);
+            const double f = in.moderate(256.0);
             for (int k = 0; k < 3; ++k) r.v[k] = f * like->v[k];
             break;
         }
         [[fallthrough]];
     default:
-        for (double &x : r.v) x = moderate(in);
+        for (double &x : r.v) x = in.moderate(256.0);
         break;
     }
     r.tame = std::all_of(r.v, r.v + 3, [](double x) {

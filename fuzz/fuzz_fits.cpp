@@ -33,13 +33,6 @@ bool unwritten(double d)
     return std::memcmp(&d, &s, sizeof d) == 0;
 }
 
-// A moderate value in [-64, 64).
-double moderate(qxfuzz::Reader &in)
-{
-    const int hi = static_cast<std::int8_t>(in.byte());
-    return (hi * 256 + in.byte()) / 512.0;
-}
-
 double angle(qxfuzz::Reader &in) { return 2.0 * kPi * in.byte() / 256.0; }
 
 double norm(const double *v, int d)
@@ -139,7 +132,7 @@ void fuzz_flat(qxfuzz::Reader &in, int d)
         // Points on a line (d = 2) or plane (d = 3), at least two distinct
         // (three not collinear) a moderate distance apart.
         double base[3], u[3], w[3];
-        for (double &v : base) v = moderate(in);
+        for (double &v : base) v = in.moderate(512.0);
         const double size = 0.5 + in.byte() / 4.0;
         if (d == 2) {
             const double a = angle(in);
@@ -150,7 +143,7 @@ void fuzz_flat(qxfuzz::Reader &in, int d)
         }
         n = std::max(n, d);
         for (int i = 0; i < n; ++i) {
-            double s = moderate(in) / 8.0, t = moderate(in) / 8.0;
+            double s = in.moderate(512.0) / 8.0, t = in.moderate(512.0) / 8.0;
             if (i == 0) s = 0.0, t = 0.0;
             if (i == 1) s = 1.0, t = 0.0;
             if (i == 2) s = 0.0, t = 1.0;
@@ -237,7 +230,7 @@ void fuzz_round(qxfuzz::Reader &in, Round kind)
     std::vector<double> pts;
     double c0[3] = {0, 0, 0}, r0 = 0.0, nrm[3] = {0, 0, 1};
     if (shape) {
-        for (double &v : c0) v = moderate(in);
+        for (double &v : c0) v = in.moderate(512.0);
         if (kind == kCircle2) c0[2] = 0.0;
         r0 = 0.25 + in.byte() / 4.0;
         double u[3] = {1, 0, 0}, w[3] = {0, 1, 0};
@@ -267,7 +260,7 @@ void fuzz_round(qxfuzz::Reader &in, Round kind)
         }
     } else if (flat) {
         double base[3], u[3], w[3], unused[3];
-        for (double &v : base) v = moderate(in);
+        for (double &v : base) v = in.moderate(512.0);
         frame_from(in, u, w, unused);
         if (kind == kCircle2) {
             const double a = angle(in);
@@ -281,7 +274,8 @@ void fuzz_round(qxfuzz::Reader &in, Round kind)
             // together, the plane fit's normal is only as good as Jacobi's
             // absolute threshold over the eigenvalue gap, and the sphere fit
             // may not see the points as coplanar.)
-            double s = moderate(in) / 64.0, t = kind == kSphere ? moderate(in) / 64.0 : 0.0;
+            double s = in.moderate(512.0) / 64.0,
+                   t = kind == kSphere ? in.moderate(512.0) / 64.0 : 0.0;
             if (i < 3) s = i == 1 ? 1.0 : 0.0, t = kind == kSphere && i == 2 ? 1.0 : 0.0;
             for (int k = 0; k < d; ++k) pts.push_back(base[k] + size * (s * u[k] + t * w[k]));
         }

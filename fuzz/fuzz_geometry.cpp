@@ -9,25 +9,20 @@
 // stay in their ranges, a box holds the curve's points.
 #include <algorithm>
 
-#include "fuzz_common.h"
+#include "fuzz_args.h"
 
 namespace
 {
 
 constexpr double kPi = 3.141592653589793;
 
-double dot(const double *a, const double *b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+using qxfuzz::Args, qxfuzz::bounded, qxfuzz::fail, qxfuzz::fill, qxfuzz::g_args;
 
-bool finite(const double *v, int n)
-{
-    return std::all_of(v, v + n, [](double x) { return std::isfinite(x); });
-}
+double dot(const double *a, const double *b) { return qxfuzz::dot3(a, b); }
 
-// Every value of magnitude below limit (NaN is not).
-bool bounded(const double *v, int n, double limit)
-{
-    return std::all_of(v, v + n, [limit](double x) { return std::fabs(x) < limit; });
-}
+bool finite(const double *v, int n) { return qxfuzz::all_finite(v, n); }
+
+double moderate(qxfuzz::Reader &in) { return in.moderate(256.0); }
 
 // The range the unitizing routines assert (components below 1e19), and no
 // component so small that the squared length loses its precision.
@@ -36,12 +31,6 @@ bool in_range(const double *v, int n)
     return std::all_of(v, v + n, [](double x) {
         return x == 0.0 || (std::fabs(x) < 1e19 && std::fabs(x) > 1e-140);
     });
-}
-
-double moderate(qxfuzz::Reader &in)
-{
-    const int hi = static_cast<std::int8_t>(in.byte());
-    return (hi * 256 + in.byte()) / 256.0;
 }
 
 bool ortho_normal(const double *m, int stride, double tol)
@@ -65,46 +54,6 @@ bool repairable(const double *m, int stride)
         return false;
     const double xx = dot(x, x), zz = dot(z, z);
     return std::min(xx, zz) <= 1e-28 || std::min(xx, zz) >= 1e-8;
-}
-
-struct Args {
-    double a[8][16];
-    double out[4][16];
-};
-
-Args g_args; // the current input's arguments, printed with a finding
-
-// A broken promise: the arguments (rows of the input buffers and outputs) go to
-// stderr with the message, so that the case can be written down as a test.
-[[noreturn]] void fail(const char *what)
-{
-    for (const auto &row : g_args.a) {
-        for (int k = 0; k < 16; ++k) std::fprintf(stderr, " %.17g", row[k]);
-        std::fprintf(stderr, "\n");
-    }
-    for (const auto &row : g_args.out) {
-        std::fprintf(stderr, "out");
-        for (int k = 0; k < 16; ++k) std::fprintf(stderr, " %.17g", row[k]);
-        std::fprintf(stderr, "\n");
-    }
-    std::fprintf(stderr, "tol[0..2] %.17g %.17g %.17g\n", acom_.tolerance[0], acom_.tolerance[1],
-                 acom_.tolerance[2]);
-    qxfuzz::finding(what);
-}
-
-void fill(qxfuzz::Reader &in, Args &g)
-{
-    const int style = in.integer(0, 3);
-    for (auto &row : g.a)
-        for (double &x : row) x = style == 0 ? in.real() : moderate(in);
-    if (style == 3) {
-        for (auto &row : g.a) {
-            const double n = std::sqrt(dot(row, row));
-            if (n > 0.0)
-                for (int k = 0; k < 3; ++k) row[k] /= n;
-        }
-    }
-    for (auto &row : g.out) std::fill(row, row + 16, std::nan(""));
 }
 
 void unit_check(const double *w, int n, const char *what)
@@ -395,8 +344,9 @@ void facets(qxfuzz::Reader &in, Args &g, int which)
         break;
     case 1:
         r = FACET_line_int_plane(a, b, c, d[0], o, &t);
-        if (r == 0 && (std::isnan(t) && finite(a, 3) && finite(b, 3) && finite(c, 3) &&
-                       std::isfinite(d[0]) && bounded(a, 3, 1e100) && bounded(c, 3, 1e100)))
+        if (r == 0 &&
+            (std::isnan(t) && finite(a, 3) && finite(b, 3) && finite(c, 3) && std::isfinite(d[0]) &&
+             bounded(a, 3, 1e100) && bounded(b, 3, 1e100) && bounded(c, 3, 1e100)))
             fail("FACET_line_int_plane: result 0, t not written");
         break;
     case 2:

@@ -8,32 +8,19 @@
 // ascending, outputs written.
 #include <algorithm>
 
-#include "fuzz_common.h"
+#include "fuzz_args.h"
 
 namespace
 {
 
 constexpr double kTwoPi = 6.283185307179586;
 
-double dot(const double *a, const double *b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+using qxfuzz::Args, qxfuzz::bounded, qxfuzz::fail, qxfuzz::fill, qxfuzz::g_args;
 
-bool finite(const double *v, int n)
-{
-    return std::all_of(v, v + n, [](double x) { return std::isfinite(x); });
-}
+double dot(const double *a, const double *b) { return qxfuzz::dot3(a, b); }
 
-// Whether every value lies within [-limit, limit] (NaN does not).
-bool bounded(const double *v, int n, double limit)
-{
-    return std::all_of(v, v + n, [limit](double x) { return std::fabs(x) <= limit; });
-}
+bool finite(const double *v, int n) { return qxfuzz::all_finite(v, n); }
 
-// A moderate value: zero, or of magnitude 1/256 to 128.
-double moderate(qxfuzz::Reader &in)
-{
-    const int hi = static_cast<std::int8_t>(in.byte());
-    return (hi * 256 + in.byte()) / 256.0;
-}
 
 // Rows of m (3x3) unit and perpendicular within tol.
 bool ortho_normal(const double *m, double tol)
@@ -50,50 +37,6 @@ double det3(const double *m)
 {
     return m[0] * (m[4] * m[8] - m[5] * m[7]) - m[1] * (m[3] * m[8] - m[5] * m[6]) +
            m[2] * (m[3] * m[7] - m[4] * m[6]);
-}
-
-// Buffers: most arguments are arbitrary, some moderate, some unit vectors.
-struct Args {
-    double a[8][16];
-    double out[4][16];
-    int i[4];
-};
-
-Args g_args; // the current input's arguments, printed with a finding
-
-// A broken promise: the arguments (rows of the input buffers and outputs) go to
-// stderr with the message, so that the case can be written down as a test.
-[[noreturn]] void fail(const char *what)
-{
-    for (const auto &row : g_args.a) {
-        for (int k = 0; k < 16; ++k) std::fprintf(stderr, " %.17g", row[k]);
-        std::fprintf(stderr, "\n");
-    }
-    for (const auto &row : g_args.out) {
-        std::fprintf(stderr, "out");
-        for (int k = 0; k < 16; ++k) std::fprintf(stderr, " %.17g", row[k]);
-        std::fprintf(stderr, "\n");
-    }
-    std::fprintf(stderr, "tol[0..2] %.17g %.17g %.17g\n", acom_.tolerance[0], acom_.tolerance[1],
-                 acom_.tolerance[2]);
-    qxfuzz::finding(what);
-}
-
-void fill(qxfuzz::Reader &in, Args &g)
-{
-    const int style = in.integer(0, 3);
-    for (auto &row : g.a)
-        for (double &x : row) x = style == 0 ? in.real() : moderate(in);
-    if (style == 3) { // some unit vectors among them
-        for (auto &row : g.a) {
-            const double n = std::sqrt(dot(row, row));
-            if (n > 0.0)
-                for (int k = 0; k < 3; ++k) row[k] /= n;
-        }
-    }
-    for (auto &row : g.out) std::fill(row, row + 16, std::nan(""));
-    for (int &k : g.i)
-        k = in.flag() ? in.integer(-2, 9) : static_cast<int>(in.integer(0, 65535)) - 32768;
 }
 
 double tol(int k) { return k >= 0 && k <= 7 ? std::fabs(acom_.tolerance[k]) : 0.0; }

@@ -18,13 +18,6 @@
 namespace
 {
 
-// A moderate value in [-32, 32), never special.
-double moderate(qxfuzz::Reader &in)
-{
-    const int hi = static_cast<std::int8_t>(in.byte());
-    return (hi * 256 + in.byte()) / 1024.0;
-}
-
 // A row-pointer matrix whose rows lie in one block in an order drawn from
 // the input (rows need not be contiguous nor in order).
 struct RowMatrix {
@@ -53,7 +46,7 @@ void fill_square(qxfuzz::Reader &in, RowMatrix &a, int n, bool well)
     for (int i = 0; i < n; ++i) {
         double off = 0.0;
         for (int j = 0; j < n; ++j) {
-            a.at(i, j) = well ? moderate(in) : in.real();
+            a.at(i, j) = well ? in.moderate(1024.0) : in.real();
             if (j != i) off += std::fabs(a.at(i, j));
         }
         if (well) a.at(i, i) = (in.flag() ? -1.0 : 1.0) * (2.0 * off + 1.0 + std::fabs(a.at(i, i)));
@@ -112,7 +105,7 @@ void fuzz_solve3(qxfuzz::Reader &in)
     double m[9], b[3];
     for (int i = 0; i < 3; ++i)
         for (int j = 0; j < 3; ++j) m[i * 3 + j] = a.at(i, j);
-    for (double &v : b) v = well ? moderate(in) : in.real();
+    for (double &v : b) v = well ? in.moderate(1024.0) : in.real();
     const bool alias = in.flag();
     double out[3] = {std::nan("1"), std::nan("1"), std::nan("1")};
     double bcopy[3] = {b[0], b[1], b[2]};
@@ -147,7 +140,7 @@ void fuzz_lu(qxfuzz::Reader &in)
     }
     RowMatrix b(in, nn, nc);
     for (int i = 0; i < nn; ++i)
-        for (int c = 0; c < nc; ++c) b.at(i, c) = well ? moderate(in) : in.real();
+        for (int c = 0; c < nc; ++c) b.at(i, c) = well ? in.moderate(1024.0) : in.real();
     const std::vector<double> a0 = flat_copy(a, nn, nn), b0 = flat_copy(b, nn, nc);
     const bool trapped = in.flag();
 
@@ -230,7 +223,7 @@ void fuzz_cholesky(qxfuzz::Reader &in)
         p(static_cast<std::size_t>(std::max(nn, 1)), std::nan("2"));
     if (spd) { // G G^T + n I with moderate G: well conditioned
         std::vector<double> g(sz);
-        for (double &v : g) v = moderate(in) / 8.0;
+        for (double &v : g) v = in.moderate(1024.0) / 8.0;
         for (int i = 0; i < nn; ++i)
             for (int j = 0; j < nn; ++j) {
                 double s = i == j ? nn + 1.0 : 0.0;
@@ -270,7 +263,7 @@ void fuzz_cholesky(qxfuzz::Reader &in)
             }
     }
     std::vector<double> b(static_cast<std::size_t>(std::max(nn, 1))), x(b.size(), std::nan("3"));
-    for (double &v : b) v = spd ? moderate(in) : in.real();
+    for (double &v : b) v = spd ? in.moderate(1024.0) : in.real();
     const bool alias = in.flag();
     std::vector<double> bc = b;
     double *xp = alias ? bc.data() : x.data();
@@ -343,14 +336,14 @@ void fuzz_banded(qxfuzz::Reader &in)
         double off = 0.0;
         for (int j = std::max(0, i - h); j <= std::min(n - 1, i + h); ++j) {
             if (a[i][j] != 0.0) qxfuzz::finding("msetup_banded: element not cleared");
-            a[i][j] = well ? moderate(in) : in.real();
+            a[i][j] = well ? in.moderate(1024.0) : in.real();
             if (j != i) off += std::fabs(a[i][j]);
         }
         if (well) a[i][i] = (in.flag() ? -1.0 : 1.0) * (2.0 * off + 1.0);
         for (int j = std::max(0, i - h); j <= std::min(n - 1, i + h); ++j)
             full[static_cast<std::size_t>(i * n + j)] = a[i][j];
     }
-    for (int i = 0; i < n; ++i) b[i] = well ? moderate(in) : in.real();
+    for (int i = 0; i < n; ++i) b[i] = well ? in.moderate(1024.0) : in.real();
     const std::vector<double> b0(b, b + n);
     // A second block of right-hand sides for the several-column solve.
     const int ncols = in.integer(1, 5);
@@ -359,7 +352,7 @@ void fuzz_banded(qxfuzz::Reader &in)
     for (int i = 0; i < n; ++i) {
         x[static_cast<std::size_t>(i * stride)] = b[i];
         for (int c = 1; c < ncols; ++c)
-            x[static_cast<std::size_t>(i * stride + c)] = well ? moderate(in) : in.real();
+            x[static_cast<std::size_t>(i * stride + c)] = well ? in.moderate(1024.0) : in.real();
     }
     const std::vector<double> x0 = x;
 

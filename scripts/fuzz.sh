@@ -48,7 +48,7 @@ for h in "${harnesses[@]}"; do
     echo "== $h: ${seconds} s, $runs inputs, coverage $cov edges, corpus $(ls "$corpus" | wc -l), no finding"
   else
     echo "== $h: FINDING (log: $log; input in $findings/)"
-    grep -E "ERROR|qxfuzz: |runtime error|SUMMARY" "$log" | head -5
+    grep -E "ERROR|qxfuzz: |runtime error|SUMMARY" "$log" | head -5 || true
     status=1
   fi
 done
