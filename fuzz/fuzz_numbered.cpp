@@ -21,7 +21,6 @@ double dot(const double *a, const double *b) { return qxfuzz::dot3(a, b); }
 
 bool finite(const double *v, int n) { return qxfuzz::all_finite(v, n); }
 
-
 // Rows of m (3x3) unit and perpendicular within tol.
 bool ortho_normal(const double *m, double tol)
 {
@@ -422,14 +421,21 @@ void space(qxfuzz::Reader &in, Args &g, int which)
     case 36:
         h963_(a, b, o);
         break;
-    case 37:
+    case 37: {
+        // Z = unit(X x unit(p2 - p1)) carries the cross product's rounding
+        // over its length: the check allows eps over the sine of the angle.
+        double u[3], v[3], w[3];
+        for (int i = 0; i < 3; ++i) u[i] = b[i] - a[i], v[i] = c[i] - b[i];
+        w[0] = u[1] * v[2] - u[2] * v[1], w[1] = u[2] * v[0] - u[0] * v[2],
+        w[2] = u[0] * v[1] - u[1] * v[0];
+        const double sine = std::sqrt(dot(w, w) / (dot(u, u) * dot(v, v)));
         h960_(a, b, c, o, &k);
         check_code(k, 0, 1, "h960_: flag not 0/1");
         if (k == 1 && finite(a, 3) && finite(b, 3) && finite(c, 3) && bounded(a, 3, 1e6) &&
-            bounded(b, 3, 1e6) && bounded(c, 3, 1e6) &&
-            (!ortho_normal(o, 1e-12) || !(det3(o) > 0.0)))
+            bounded(b, 3, 1e6) && bounded(c, 3, 1e6) && sine > 1e-6 &&
+            (!ortho_normal(o, 1e-12 + 1e-15 / sine) || !(det3(o) > 0.0)))
             fail("h960_: frame not right-handed ortho-normal");
-        break;
+    } break;
     case 38:
     default: {
         if (in.flag()) {
