@@ -114,6 +114,16 @@ void dump(const std::vector<double> &pts, int n, int d)
     std::fprintf(stderr, "\n");
 }
 
+// n arbitrary points of d coordinates, with repeats and shared coordinates
+// now and then.
+std::vector<double> arbitrary_points(qxfuzz::Reader &in, int n, int d)
+{
+    std::vector<double> pts = in.reals(static_cast<std::size_t>(std::max(n, 0) * d));
+    for (std::size_t i = static_cast<std::size_t>(d); i < pts.size(); ++i)
+        if (in.integer(0, 5) == 0) pts[i] = pts[i - static_cast<std::size_t>(d)];
+    return pts;
+}
+
 void check_flag(const Outputs &o, const char *what)
 {
     if (o.degenerate != 0 && o.degenerate != 1) qxfuzz::finding(what);
@@ -151,10 +161,7 @@ void fuzz_flat(qxfuzz::Reader &in, int d)
                 pts.push_back(base[k] + size * (s * u[k] + (d == 3 ? t * w[k] : 0.0)));
         }
     } else {
-        pts = in.reals(static_cast<std::size_t>(std::max(n, 0) * d));
-        // Repeats and shared coordinates now and then.
-        for (std::size_t i = static_cast<std::size_t>(d); i < pts.size(); ++i)
-            if (in.integer(0, 5) == 0) pts[i] = pts[i - static_cast<std::size_t>(d)];
+        pts = arbitrary_points(in, n, d);
     }
     if (pts.empty()) pts.push_back(0.0);
     Outputs o;
@@ -280,9 +287,7 @@ void fuzz_round(qxfuzz::Reader &in, Round kind)
             for (int k = 0; k < d; ++k) pts.push_back(base[k] + size * (s * u[k] + t * w[k]));
         }
     } else {
-        pts = in.reals(static_cast<std::size_t>(std::max(n, 0) * d));
-        for (std::size_t i = static_cast<std::size_t>(d); i < pts.size(); ++i)
-            if (in.integer(0, 5) == 0) pts[i] = pts[i - static_cast<std::size_t>(d)];
+        pts = arbitrary_points(in, n, d);
     }
     if (pts.empty()) pts.push_back(0.0);
     Outputs o;

@@ -169,8 +169,9 @@ void fit_flat(const double *pts, int n, double *point, double *normal, int *dege
 
     double eig[D];
     int nrot = 0;
-    double trace = 0.0;
-    for (size_t k = 0; k < D; ++k) trace += w.s[k][k];
+    double trace = 0.0; // read before Jacobi overwrites the diagonal
+    if (rounding_zero)
+        for (size_t k = 0; k < D; ++k) trace += w.s[k][k];
     NR_ask_eigenvalues_jacobi(w.s, kD, kSweepLimit, eig, w.v, &nrot);
     if (rounding_zero)
         for (double &e : eig)
